@@ -1,0 +1,66 @@
+# Functions that every target of the project is made with.
+
+# Language level, warnings and sanitizers, for everything that is compiled here.
+function(kzm_compile_defaults target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wconversion -Wshadow -Wnon-virtual-dtor $<$<BOOL:${KZM_WERROR}>:-Werror>)
+  if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # Without these, 32-bit results would differ from those of the 64-bit build in the last bits.
+    target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse -mstackrealign)
+  endif()
+  if(KZM_SANITIZE)
+    target_compile_options(${target} PRIVATE
+      -fsanitize=${KZM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${target} PRIVATE -fsanitize=${KZM_SANITIZE})
+  endif()
+endfunction()
+
+# kzm_library(KZMBasX EXPORT_NAME X INCLUDE dirs... LINK libs...): a shared library of the project.
+# Its sources are added with kzm_sources; they are compiled once, as objects, because on Windows
+# the list of exported names is made from the objects before the library is linked.
+function(kzm_library name)
+  cmake_parse_arguments(arg "" "EXPORT_NAME" "INCLUDE;LINK" ${ARGN})
+  add_library(${name}_objects OBJECT)
+  kzm_compile_defaults(${name}_objects)
+  set_target_properties(${name}_objects PROPERTIES
+    POSITION_INDEPENDENT_CODE ON CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN OFF)
+  add_library(${name} SHARED $<TARGET_OBJECTS:${name}_objects>)
+  add_library(KZMBas::${arg_EXPORT_NAME} ALIAS ${name})
+  set_target_properties(${name} PROPERTIES
+    EXPORT_NAME ${arg_EXPORT_NAME} LINKER_LANGUAGE CXX
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  kzm_compile_defaults(${name})
+  foreach(dir IN LISTS arg_INCLUDE)
+    target_include_directories(${name}_objects PRIVATE ${dir})
+    target_include_directories(${name} PUBLIC $<BUILD_INTERFACE:${dir}>)
+  endforeach()
+  target_include_directories(${name} PUBLIC $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  target_link_libraries(${name}_objects PRIVATE ${arg_LINK})
+  target_link_libraries(${name} PUBLIC ${arg_LINK})
+  if(WIN32)
+    set_target_properties(${name} PROPERTIES PREFIX "")
+  else()
+    target_link_options(${name} PRIVATE -Wl,--no-undefined)
+  endif()
+endfunction()
+
+# kzm_sources(KZMBasX files...): adds sources of the calling folder to a library.
+function(kzm_sources name)
+  list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  target_sources(${name}_objects PRIVATE ${ARGN})
+endfunction()
+
+# kzm_test(name files...): a GoogleTest program; natively every case is a ctest entry of its own.
+function(kzm_test name)
+  list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  add_executable(${name} ${ARGN})
+  kzm_compile_defaults(${name})
+  target_link_libraries(${name} PRIVATE KZMBas::Shared kzm_test_support GTest::gtest_main)
+  if(CMAKE_CROSSCOMPILING)
+    add_test(NAME ${name} COMMAND ${name})
+  else()
+    gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
+  endif()
+endfunction()

@@ -1,0 +1,48 @@
+#pragma once
+#include <cow/cow_CountedHld.h>
+
+// The copy policy of every container of this library: the referent's copy constructor.
+template <class T>
+struct cow_Direct {
+    static T* Copy(const T& value) {
+        void* const block = mem_OperatorNewThrow(sizeof(T));
+        try {
+            return ::new (block) T(value);
+        } catch (...) {
+            mem_Free(block);
+            throw;
+        }
+    }
+};
+
+// Copy-on-write handle, the one field that value containers embed. Copying a handle is two pointer
+// copies and an increment; Get() makes a private copy of a shared referent first, at most once per
+// handle and sharing. Policy::Copy(const T&) returns a new T as cow_Direct does.
+//
+// An rvalue is shared like any other source and keeps its reference, so a moved-from handle is
+// still a value.
+template <class T, class Policy>
+class cow_COW : public cow_CountedHld<T> {
+    using Base = cow_CountedHld<T>;
+
+public:
+    cow_COW(const T& value) : Base(Policy::Copy(value)) {}
+    cow_COW(T* p) : Base(p) {}
+    cow_COW(const cow_COW& other) : Base(other) {}
+    cow_COW(cow_COW&& other) : Base(other) {}
+
+    using Base::operator=;
+    cow_COW& operator=(const cow_COW& other) {
+        Base::operator=(other);
+        return *this;
+    }
+
+    // For writing: detaches first. Must not be called on a shared handle without a value. If the
+    // copy cannot be made, the handle stays shared as it was.
+    T& Get() {
+        if (!this->Exclusive()) Base::operator=(Policy::Copy(*this->GetPtr()));
+        return *this->GetPtr();
+    }
+
+    const T& ConstGet() const { return *this->GetPtr(); }
+};

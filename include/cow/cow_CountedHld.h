@@ -1,0 +1,96 @@
+#pragma once
+#include <alloc/mem_alloc.h>
+#include <cow/cow_Counter.h>
+
+#include <new>
+
+// Destroys *object and gives its block back. Null is allowed.
+template <class T>
+void cow_Destroy(T* object) {
+    if (!object) return;
+    object->~T();
+    mem_Free(object);
+}
+
+// Counted holder of a heap object of type T, which needs no change to be held: the count is a block
+// of its own. Copies share; the last holder destroys the referent. A null referent is a legal state
+// and is counted like any other.
+//
+// Every T* handed over must be a block of mem_OperatorNewThrow with a T constructed in it (for
+// example from cow_Direct<T>::Copy): it is destroyed with ~T() and mem_Free. One thread at a time.
+template <class T>
+class cow_CountedHld {
+public:
+    // Takes ownership of `p`, also when the counter cannot be allocated: then `p` is destroyed
+    // before the exception leaves.
+    cow_CountedHld(T* p) : m_counter(NewCounter(p)), m_referent(p) {}
+
+    cow_CountedHld(const cow_CountedHld& other)
+        : m_counter(other.m_counter), m_referent(other.m_referent) {
+        m_counter->Increment();
+    }
+
+    // Shares. Safe for self-assignment and for a holder inside the own referent.
+    cow_CountedHld& operator=(const cow_CountedHld& other) {
+        cow_Counter* const counter = other.m_counter;
+        T* const referent = other.m_referent;
+        counter->Increment();
+        DropReference();
+        m_counter = counter;
+        m_referent = referent;
+        return *this;
+    }
+
+    // Replaces the referent and takes ownership of `p`. An exclusive holder destroys its referent
+    // and keeps its counter; a sharing one leaves the referent to the others. If the fresh counter
+    // cannot be allocated, `p` is destroyed and the holder stays as it was. The own exclusive
+    // referent must not be passed: it would be destroyed.
+    cow_CountedHld& operator=(T* p) {
+        if (Exclusive()) {
+            DeleteReferent();
+        } else {
+            cow_Counter* const counter = NewCounter(p);
+            m_counter->Decrement();
+            m_counter = counter;
+        }
+        m_referent = p;
+        return *this;
+    }
+
+    ~cow_CountedHld() { DropReference(); }
+
+    bool Exclusive() const { return m_counter->m_count == 1; }
+    T* GetPtr() const { return m_referent; }
+    const T& GetRef() const { return *m_referent; }
+    bool HasValue() const { return m_referent != nullptr; }
+    bool IsNull() const { return m_referent == nullptr; }
+
+protected:
+    void DropReference() {
+        if (m_counter->Decrement()) Delete();
+    }
+
+    void Delete() {
+        DeleteReferent();
+        m_referent = nullptr;
+        mem_Free(m_counter);
+        m_counter = nullptr;
+    }
+
+    void DeleteReferent() { cow_Destroy(m_referent); }  // leaves the pointer as it was
+
+private:
+    friend struct kzm_Layout;
+
+    static cow_Counter* NewCounter(T* owned) {
+        try {
+            return ::new (mem_OperatorNewTinyThrow(sizeof(cow_Counter))) cow_Counter;
+        } catch (...) {
+            cow_Destroy(owned);
+            throw;
+        }
+    }
+
+    cow_Counter* m_counter;
+    T* m_referent;
+};

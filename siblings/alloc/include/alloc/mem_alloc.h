@@ -1,0 +1,24 @@
+#pragma once
+#include <kzm_export.h>
+
+#include <cstddef>
+
+// The product's heap. Every function throws std::bad_alloc when memory is exhausted; a request for
+// 0 bytes is none and yields null or a block that may be freed, as the C library does. Blocks of
+// any of these functions go back through mem_Free, from any thread.
+KZM_API void* mem_Malloc(std::size_t size);
+
+// As realloc: the block keeps its contents up to the lesser size. On exhaustion the old block stays
+// as it was. With size 0 the block is freed and null comes back.
+KZM_API void* mem_Realloc(void* block, std::size_t size);
+
+// Null is allowed.
+KZM_API void mem_Free(void* block) noexcept;
+
+// The storage behind operator new: never null, also for 0 bytes.
+KZM_API void* mem_OperatorNewThrow(std::size_t size);
+KZM_API void* mem_OperatorNewThrowBuiltin(std::size_t size);
+
+// The path for objects of a few bytes, such as share counts: no header per block, blocks of one
+// size lie side by side. Larger requests are served as by mem_OperatorNewThrow.
+KZM_API void* mem_OperatorNewTinyThrow(std::size_t size);
