@@ -1,0 +1,20 @@
+#pragma once
+#include <kzm_export.h>
+
+// An error number of the operating system (GetLastError on Windows, errno elsewhere) with its
+// message. The text is held by value, so a copy stays valid by itself; making one never fails.
+class KZM_API KZMBasSystemError {
+public:
+    explicit KZMBasSystemError(int number);
+
+    // The calling thread's last error; call it right after what failed.
+    static KZMBasSystemError Last();
+
+    // One line of UTF-8 without a line end; never null and never empty.
+    const char* AsString() const { return m_text; }
+    int Number() const { return m_number; }
+
+private:
+    int m_number;
+    char m_text[252];
+};

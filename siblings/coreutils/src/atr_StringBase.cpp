@@ -1,0 +1,222 @@
+#include <coreutils/atr_StringBase.h>
+#include <host/KZMBasFatalError.h>
+
+#include <algorithm>
+#include <charconv>
+#include <climits>
+#include <functional>
+#include <utility>
+
+#include "core_heap.h"
+
+namespace {
+
+constinit const char g_emptyText[1] = {'\0'};
+
+[[noreturn]] void RaiseOutOfText() {
+    KZMBasFatalError("AssertionFailed:pos >= 0 && pos <= Length()", "", "", "", "atr_StringBase",
+                     __LINE__);
+}
+
+// Unshared and terminated, of length 0. Blocks are whole multiples of 16 bytes.
+atr_StringRecord* NewRecord(int capacity) {
+    const std::size_t wanted = sizeof(atr_StringRecord) + static_cast<std::size_t>(capacity) + 1;
+    const std::size_t block = (wanted + 15) & ~std::size_t{15};
+    const std::size_t room = block - sizeof(atr_StringRecord) - 1;
+    void* const memory = core_heap::Take(block);
+    auto* const rep = ::new (memory) atr_StringRecord;
+    rep->m_count = 1;
+    rep->m_capacity = static_cast<std::int32_t>(std::min<std::size_t>(room, INT_MAX));
+    rep->m_length = 0;
+    rep->Text()[0] = '\0';
+    return rep;
+}
+
+// As memmove, for n from 0 on and a source that is null if n is 0.
+void Put(char* to, const char* from, int n) {
+    if (n > 0) std::memmove(to, from, static_cast<std::size_t>(n));
+}
+
+atr_StringRecord* RecordOf(const char* s, int n) {
+    if (n <= 0) return nullptr;
+    atr_StringRecord* const rep = NewRecord(n);
+    Put(rep->Text(), s, n);
+    rep->Text()[n] = '\0';
+    rep->m_length = n;
+    return rep;
+}
+
+template <class Number>
+atr_StringRecord* RecordOfNumber(Number value) {
+    char text[32];
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
+    return RecordOf(text, static_cast<int>(end.ptr - text));
+}
+
+// How many bytes a text has from `from` on, at most n.
+int Available(int length, int from, int n) { return std::clamp(n, 0, length - from); }
+
+std::string_view View(const char* s, int n) {
+    return n > 0 ? std::string_view(s, static_cast<std::size_t>(n)) : std::string_view();
+}
+
+bool OccursIn(char c, const char* set) { return c != '\0' && std::strchr(set, c); }
+
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
+char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
+
+}  // namespace
+
+const char* atr_StringBase::EmptyText() { return g_emptyText; }
+
+int atr_StringBase::TextLength(const char* s) {
+    return s ? static_cast<int>(std::min<std::size_t>(std::strlen(s), INT_MAX)) : 0;
+}
+
+atr_StringBase::atr_StringBase(const char* s) : atr_StringBase(s, TextLength(s)) {}
+
+atr_StringBase::atr_StringBase(const char* s, int n) : atr_StringBase() {
+    Install(RecordOf(s, !s ? 0 : n == INT_MAX ? TextLength(s) : n));
+}
+
+atr_StringBase::atr_StringBase(int value) : atr_StringBase() { Install(RecordOfNumber(value)); }
+atr_StringBase::atr_StringBase(float value) : atr_StringBase() { Install(RecordOfNumber(value)); }
+atr_StringBase::atr_StringBase(double value) : atr_StringBase() { Install(RecordOfNumber(value)); }
+
+atr_StringBase::atr_StringBase(int n, PreSizeEnm) : atr_StringBase() {
+    if (n > 0) Install(NewRecord(n));
+}
+
+atr_StringBase& atr_StringBase::operator=(const char* s) {
+    Splice(0, Length(), s, TextLength(s));
+    return *this;
+}
+
+char& atr_StringBase::operator[](int pos) {
+    const int length = Length();
+    if (pos < 0 || pos > length) RaiseOutOfText();
+    if (!Exclusive()) {
+        atr_StringRecord* const rep = NewRecord(length);
+        Put(rep->Text(), m_data, length);
+        rep->Text()[length] = '\0';
+        rep->m_length = length;
+        DropReference();
+        Install(rep);
+    }
+    return m_data[pos];
+}
+
+int atr_StringBase::Find(const char* s, int pos) const {
+    const auto from = static_cast<std::size_t>(ClampPosition(pos));
+    const std::size_t found = std::string_view(*this).find(OrEmpty(s), from);
+    return found == std::string_view::npos ? -1 : static_cast<int>(found);
+}
+
+int atr_StringBase::rfind(const char* s, int length, int pos) const {
+    const auto from = static_cast<std::size_t>(ClampPosition(pos));
+    const std::size_t found = std::string_view(*this).rfind(View(s, s ? length : 0), from);
+    return found == std::string_view::npos ? -1 : static_cast<int>(found);
+}
+
+int atr_StringBase::ClampPosition(int pos) const { return std::clamp(pos, 0, Length()); }
+
+int atr_StringBase::Substr(int pos, int n) const {
+    return Available(Length(), ClampPosition(pos), n);
+}
+
+void atr_StringBase::append(const char* s, int length, int from, int n) {
+    insert(INT_MAX, s, length, from, n);
+}
+
+void atr_StringBase::insert(int pos, const char* s, int length, int from, int n) {
+    if (!s || length <= 0) return;
+    const int start = std::clamp(from, 0, length);
+    Splice(ClampPosition(pos), 0, s + start, Available(length, start, n));
+}
+
+void atr_StringBase::Erase(int pos, int n) {
+    const int from = ClampPosition(pos);
+    Splice(from, Available(Length(), from, n), nullptr, 0);
+}
+
+void atr_StringBase::Replace(int pos, int n, const char* s, int m) {
+    const int from = ClampPosition(pos);
+    const void* const end = s && m > 0 ? std::memchr(s, '\0', static_cast<std::size_t>(m)) : s;
+    const int added = end ? static_cast<int>(static_cast<const char*>(end) - s) : s ? m : 0;
+    Splice(from, Available(Length(), from, n), s, added);
+}
+
+void atr_StringBase::LeftTrim(const char* set) {
+    int n = 0;
+    while (n < Length() && OccursIn(m_data[n], OrEmpty(set))) ++n;
+    Splice(0, n, nullptr, 0);
+}
+
+void atr_StringBase::RightTrim(const char* set) {
+    int kept = Length();
+    while (kept > 0 && OccursIn(m_data[kept - 1], OrEmpty(set))) --kept;
+    Splice(kept, Length() - kept, nullptr, 0);
+}
+
+void atr_StringBase::ToLower() {
+    const int length = Length();
+    int i = 0;
+    while (i < length && Lower(m_data[i]) == m_data[i]) ++i;
+    if (i == length) return;
+    char* const text = &(*this)[0];
+    for (; i < length; ++i) text[i] = Lower(text[i]);
+}
+
+void atr_StringBase::Capitalize() {
+    if (Empty() || Upper(m_data[0]) == m_data[0]) return;
+    char& first = (*this)[0];
+    first = Upper(first);
+}
+
+void atr_StringBase::Delete() { core_heap::GiveBack(m_rep); }
+
+void atr_StringBase::Install(atr_StringRecord* rep) {
+    m_rep = rep;
+    m_data = rep ? rep->Text() : nullptr;
+}
+
+// Every edit: at pos, removes some bytes that exist and puts `added` bytes of s in their place.
+void atr_StringBase::Splice(int pos, int removed, const char* s, int added) {
+    if (removed == 0 && added == 0) return;
+    const int length = Length();
+    const int tail = length - pos - removed;
+    if (added > INT_MAX - (length - removed)) throw std::bad_alloc();
+    const int newLength = length - removed + added;
+
+    if (Exclusive() && newLength <= m_rep->m_capacity) {
+        // With nothing behind the changed place, a source in the own text is only read, never
+        // moved.
+        const std::less<const char*> before;
+        const bool ownSource = added > 0 && !before(s, m_data) && !before(m_data + length, s);
+        if (tail == 0 || !ownSource) {
+            Put(m_data + pos + added, m_data + pos + removed, tail);
+            Put(m_data + pos, s, added);
+            m_data[newLength] = '\0';
+            m_rep->m_length = newLength;
+            return;
+        }
+    }
+
+    atr_StringRecord* rep = nullptr;
+    if (newLength > 0) {
+        int capacity = newLength;
+        if (Exclusive() && newLength > length) {
+            const int grown = m_rep->m_capacity;
+            capacity = std::max(newLength, grown > INT_MAX / 3 * 2 ? INT_MAX : grown + grown / 2);
+        }
+        rep = NewRecord(capacity);
+        char* const text = rep->Text();
+        Put(text, m_data, pos);
+        Put(text + pos, s, added);
+        Put(text + pos + added, m_data + pos + removed, tail);
+        text[newLength] = '\0';
+        rep->m_length = newLength;
+    }
+    DropReference();
+    Install(rep);
+}
