@@ -1,0 +1,45 @@
+#pragma once
+#include <kzm_export.h>
+#include <runtime/omi_Singleton.h>
+
+#include <cstdint>
+
+// The pool that copy-on-write storage can be taken from when its traffic is of interest, reached as
+// omi_Singleton<KZMBasMemPoolCow>::Instance(). Blocks come from the product's heap; while tracking
+// is on, requests are counted by the power of two that their size falls under. One thread at a
+// time. The state is a plain record of 1064 bytes that begins with the tracking flag and is copied
+// as a whole; it holds no pointers.
+class KZM_API KZMBasMemPoolCow : public omi_SingletonBase<KZMBasMemPoolCow> {
+public:
+    struct Figures {
+        std::uint64_t m_taken;
+        std::uint64_t m_givenBack;
+        std::uint64_t m_bytesTaken;
+        std::uint64_t m_bytesGivenBack;
+    };
+
+    // Class 0 holds sizes of 0, class k those from 2^(k-1) to 2^k - 1.
+    static constexpr unsigned kSizeClasses = 33;
+
+    KZMBasMemPoolCow();
+
+    void SetTracking(bool on) { m_tracking = on ? 1 : 0; }
+    bool Tracking() const { return m_tracking != 0; }
+
+    // Throws std::bad_alloc. `size` must be the same for both, for the figures only.
+    void* Alloc(unsigned size);
+    void Free(void* block, unsigned size);  // null is allowed and not counted
+
+    const Figures& OfSizeClass(unsigned sizeClass) const;  // of the last class if there is none
+    Figures Total() const;
+    void ResetFigures();
+
+    static void FinalizeIfCreated();
+
+private:
+    std::uint8_t m_tracking;
+    std::uint8_t m_reserved[7];
+    Figures m_figures[kSizeClasses];
+};
+
+KZM_DECLARE_SINGLETON(KZMBasMemPoolCow)

@@ -1,0 +1,7 @@
+#pragma once
+
+// Start and stop of the name registry.
+struct mem_RegistryAccess {
+    static void Open();
+    static void Close();
+};
