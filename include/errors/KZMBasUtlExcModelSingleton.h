@@ -1,0 +1,18 @@
+#pragma once
+#include <errors/KZMBasUtlExceptionFactory.h>
+#include <runtime/omi_Singleton.h>
+
+// Where the factory in force is kept. Clients use KZMBasUtlExceptionModel.
+class KZM_API KZMBasUtlExcModelSingleton : public omi_SingletonBase<KZMBasUtlExcModelSingleton> {
+public:
+    KZMBasUtlExcModelSingleton();
+    ~KZMBasUtlExcModelSingleton();
+
+    bool setBehavior(KZMBasUtlExceptionFactory* factory);
+    void throwSystemErrorException(cow_SystemErrorCode code);
+
+private:
+    friend struct kzm_Layout;
+    KZMBasUtlExceptionFactory* m_factory;  // owned; null before the start and after the stop
+};
+KZM_DECLARE_SINGLETON(KZMBasUtlExcModelSingleton)

@@ -1,0 +1,26 @@
+#pragma once
+#include <coreutils/KZMBasException.h>
+#include <errors/cow_SystemErrorCode.h>
+#include <kzm_export.h>
+#include <runtime/mem_AllocationOperators.h>
+
+// A failure of the operating system that is known by its error number alone. Not constructed where
+// it is thrown: KZMBasUtlExceptionModel::throwSystemErrorException lets the application choose.
+class KZM_API KZMBasUtlSystemErrorException : public KZMBasException,
+                                              public mem_AllocationOperators {
+public:
+    explicit KZMBasUtlSystemErrorException(cow_SystemErrorCode code);
+    KZMBasUtlSystemErrorException(const KZMBasUtlSystemErrorException& other);
+    ~KZMBasUtlSystemErrorException() override;
+
+    atr_String AsString(KZMBasStringMode mode) const override;
+    void Propagate() const override;
+    KZMBasException* Clone() const override;
+    int GetCode() const override;
+
+    cow_SystemErrorCode GetSec() const;
+
+private:
+    friend struct kzm_Layout;
+    cow_SystemErrorCode m_code;
+};

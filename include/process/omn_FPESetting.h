@@ -1,0 +1,22 @@
+#pragma once
+#include <kzm_export.h>
+
+// Floating-point exceptions: whether an invalid operation, a division by zero or an overflow stops
+// the process (a trap) or yields NaN or infinity (masked).
+//
+// Traps are wanted by setting GLOBAL_ENABLE_FPE to anything but "0". KVL_IGNORE_FPE=1 at the start
+// of the library overrules it.
+
+// Whether a wish for traps is to be ignored. Takes effect with the next omn_globalFPESetting.
+KZM_API void omn_ignoreFPESetting(bool ignore);
+
+// Applies the setting to the calling thread; new threads inherit it or call this themselves. Called
+// at the start of the library.
+KZM_API void omn_globalFPESetting();
+
+struct omn_FPEState {
+    bool ignored;      // as last told to omn_ignoreFPESetting
+    bool trapping;     // what omn_globalFPESetting last chose
+    unsigned applied;  // calls of omn_globalFPESetting since the library was loaded
+};
+KZM_API omn_FPEState omn_currentFPEState();

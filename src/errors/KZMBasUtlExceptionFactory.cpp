@@ -1,0 +1,3 @@
+#include <errors/KZMBasUtlExceptionFactory.h>
+
+KZMBasUtlExceptionFactory::~KZMBasUtlExceptionFactory() {}

@@ -1,0 +1,6 @@
+#include <runtime/KZMBasSrmAllocator.h>
+
+#define KZM_SRM_DEFINE(N) template class KZMBasSrmAllocator<N>;
+#define KZM_SRM_DEFINE_MANAGED(N) KZM_SRM_MANAGEMENT(, N)
+KZM_SRM_WHOLE_POOLS(KZM_SRM_DEFINE)
+KZM_SRM_MANAGED_POOLS(KZM_SRM_DEFINE_MANAGED)
