@@ -17,11 +17,12 @@ function(kzm_compile_defaults target)
   endif()
 endfunction()
 
-# kzm_library(KZMBasX EXPORT_NAME X INCLUDE dirs... LINK libs...): a shared library of the project.
+# kzm_library(KZMBasX EXPORT_NAME X HEADERS dirs... INCLUDE dirs... LINK libs...): a shared library
+# of the project. HEADERS are the folders of its own interface, INCLUDE all folders it is seen with.
 # Its sources are added with kzm_sources; they are compiled once, as objects, because on Windows
 # the list of exported names is made from the objects before the library is linked.
 function(kzm_library name)
-  cmake_parse_arguments(arg "" "EXPORT_NAME" "INCLUDE;LINK" ${ARGN})
+  cmake_parse_arguments(arg "" "EXPORT_NAME" "HEADERS;INCLUDE;LINK" ${ARGN})
   add_library(${name}_objects OBJECT)
   kzm_compile_defaults(${name}_objects)
   set_target_properties(${name}_objects PROPERTIES
@@ -46,6 +47,40 @@ function(kzm_library name)
     # A unique symbol, such as a template's static member, would keep the library from unloading.
     target_compile_options(${name}_objects PRIVATE -fno-gnu-unique)
   endif()
+  kzm_exports(${name} HEADERS ${arg_HEADERS} INCLUDE ${arg_INCLUDE} LINK ${arg_LINK})
+endfunction()
+
+# What a library exports follows from the marks in its public headers and is said to the linker by
+# a generated file; build/exports/<library>.txt is the readable list.
+function(kzm_exports name)
+  cmake_parse_arguments(arg "" "" "HEADERS;INCLUDE;LINK" ${ARGN})
+  set(folder ${PROJECT_BINARY_DIR}/exports)
+  set(list ${folder}/${name}.txt)
+  if(WIN32)
+    set(link_file ${folder}/${name}.def)
+    set(option ${link_file})
+    set(windows --windows)
+  else()
+    set(link_file ${folder}/${name}.map)
+    set(option -Wl,--version-script=${link_file})
+    set(windows)
+  endif()
+  file(GENERATE OUTPUT ${folder}/${name}.objects
+    CONTENT "$<JOIN:$<TARGET_OBJECTS:${name}_objects>,\n>\n")
+  set(includes "$<TARGET_PROPERTY:${name}_objects,INCLUDE_DIRECTORIES>")
+  list(TRANSFORM arg_HEADERS PREPEND "--headers=" OUTPUT_VARIABLE headers)
+  add_custom_command(OUTPUT ${link_file} ${list}
+    COMMAND ${Python3_EXECUTABLE} ${PROJECT_SOURCE_DIR}/cmake/exported_names.py
+      --library ${name} --compiler ${CMAKE_CXX_COMPILER} --nm ${CMAKE_NM} ${windows}
+      "--include=$<JOIN:${includes},;--include=>" ${headers}
+      --objects ${folder}/${name}.objects --link ${link_file} --names ${list}
+    DEPENDS ${name}_objects $<TARGET_OBJECTS:${name}_objects>
+      ${PROJECT_SOURCE_DIR}/cmake/exported_names.py
+    COMMENT "Exports of ${name}" COMMAND_EXPAND_LISTS VERBATIM)
+  add_custom_target(${name}_exports DEPENDS ${link_file})
+  add_dependencies(${name} ${name}_exports)
+  target_link_options(${name} PRIVATE ${option})
+  set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${link_file})
 endfunction()
 
 # kzm_sources(KZMBasX files...): adds sources of the calling folder to a library.
