@@ -1,11 +1,19 @@
 #include <alloc/mem_alloc.h>
 #include <host/host_heap.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
+namespace {
+
+// What no heap can serve is refused here: allocators that check their callers end the process.
+bool Refused(std::size_t size) { return size > PTRDIFF_MAX || !host_heap::Allowed(); }
+
+}  // namespace
+
 void* mem_Malloc(std::size_t size) {
-    if (!host_heap::Allowed()) throw std::bad_alloc();
+    if (Refused(size)) throw std::bad_alloc();
     void* block = std::malloc(size);
     if (!block && size != 0) throw std::bad_alloc();
     if (block) host_heap::Taken();
@@ -18,7 +26,7 @@ void* mem_Realloc(void* block, std::size_t size) {
         mem_Free(block);
         return nullptr;
     }
-    if (!host_heap::Allowed()) throw std::bad_alloc();
+    if (Refused(size)) throw std::bad_alloc();
     void* grown = std::realloc(block, size);
     if (!grown) throw std::bad_alloc();
     return grown;
