@@ -1,0 +1,88 @@
+#pragma once
+#include <omi/omi_UintTable.h>
+
+#include <cstddef>
+
+template <class T>
+struct cow_Direct;
+
+// Map from signed 32-bit keys to values of V: two unsigned tables, one for the negative keys under
+// their magnitude and one for the rest. Costs, failures and reference rules are omi_UintTable's.
+template <class V, class A>
+class omi_IntTable : public mem_AllocationOperators {
+public:
+    using Table = omi_UintTable<V, A>;
+
+    omi_IntTable();  // room for the keys between -2^21 and 2^21 at first
+
+    // Each half as omi_UintTable(blockBits, innerBits, innerGrowth).
+    omi_IntTable(unsigned int blockBits, unsigned int innerBits, unsigned int innerGrowth);
+
+    // Inserts keys[i] with values[i] in order of i; of equal keys the last value stays. Each half
+    // has room for magnitudes below 2^27 at first.
+    omi_IntTable(unsigned int n, const int* keys, const V* values);
+
+    omi_IntTable& operator=(const omi_IntTable&) = delete;
+    ~omi_IntTable();
+
+    // A new deep copy, owned by the caller, who ends it with delete.
+    omi_IntTable* Copy() const { return new omi_IntTable(*this); }
+
+    bool IsEmpty() const { return m_negative->IsEmpty() && m_nonNegative->IsEmpty(); }
+    int Size() const { return m_negative->Size() + m_nonNegative->Size(); }
+
+    bool IsMember(int key) const { return Half(key).IsMember(Magnitude(key)); }
+    bool ConstGetValue(int key, V& value) const {
+        return Half(key).ConstGetValue(Magnitude(key), value);
+    }
+
+    // The value of a key that must be a member (checked in debug builds).
+    V& Get(int key) const { return Half(key).Get(Magnitude(key)); }
+    const V& ConstGet(int key) const { return Half(key).ConstGet(Magnitude(key)); }
+
+    // True if the key was no member before; its value is replaced in any case.
+    bool Insert(int key, const V& value) { return Half(key).Insert(Magnitude(key), value); }
+    bool Remove(int key) { return Half(key).Remove(Magnitude(key)); }
+
+    void Clear() {
+        m_negative->Clear();
+        m_nonNegative->Clear();
+    }
+
+    unsigned int Footprint() const;  // with both halves
+
+protected:
+    omi_IntTable(const omi_IntTable& other);
+
+    // The block that holds the key's cell, null where there is none.
+    omi_UintTableBlock<V, A>* FindTableBlock(int key) const {
+        return Half(key).FindTableBlock(Magnitude(key));
+    }
+
+private:
+    friend struct kzm_Layout;
+    friend struct cow_Direct<omi_IntTable>;  // copy on write copies by the copy constructor
+    template <class, class>
+    friend class omi_IntTableIterator;
+
+    static unsigned int Magnitude(int key) {
+        const unsigned int bits = static_cast<unsigned int>(key);
+        return key < 0 ? 0u - bits : bits;
+    }
+
+    Table& Half(int key) const { return key < 0 ? *m_negative : *m_nonNegative; }
+
+    // make(true) returns the negative half, make(false) the other, both by NewTable.
+    template <class Make>
+    omi_IntTable(Make make, std::nullptr_t);
+
+    template <class... Args>
+    static Table* NewTable(const Args&... args);
+    static void DestroyTable(Table* table);
+
+    Table* m_negative;  // owned, from the policy, as the next
+    Table* m_nonNegative;
+};
+
+#define OMI_DECLARE_INT_TABLE(V, A) KZM_DECLARE(omi_IntTable<V, A>)
+OMI_TABLE_INSTANCES(OMI_DECLARE_INT_TABLE)

@@ -1,0 +1,67 @@
+#pragma once
+#include <omi/omi_IntTable.h>
+#include <omi/omi_UintTableIterator.h>
+
+// Visits the members of a table in ascending key order, negative keys first, or in the order of a
+// comparison function over omi_TableRecord<int, V>; then one order runs over the whole table.
+// States and rules are those of omi_UintTableIterator.
+template <class V, class A>
+class omi_IntTableIterator {
+public:
+    explicit omi_IntTableIterator(const omi_IntTable<V, A>& table,
+                                  omi_TableCompare compare = nullptr)
+        : m_table(&table),
+          m_compare(compare),
+          m_negative(*table.m_negative),
+          m_nonNegative(*table.m_nonNegative),
+          m_negativesAhead(0) {}
+
+    omi_IntTableIterator(const omi_IntTableIterator&) = delete;
+    omi_IntTableIterator& operator=(const omi_IntTableIterator&) = delete;
+
+    void First();
+    void Last();
+
+    void Next() {
+        if (m_compare) {
+            m_sorted.Next();
+        } else if (m_negativesAhead == 0) {
+            m_nonNegative.Next();
+        } else if (--m_negativesAhead > 0) {
+            m_negative.Previous();  // larger magnitudes come first
+        } else {
+            m_nonNegative.First();
+        }
+    }
+
+    void Previous();
+
+    bool IsDone() const {
+        if (m_compare) return m_sorted.IsDone();
+        return m_negativesAhead == 0 && m_nonNegative.IsDone();
+    }
+
+    // These two need a current member.
+    int CurrentKey() const {
+        if (m_compare) return m_sorted.Current().key;
+        if (m_negativesAhead > 0) return static_cast<int>(0u - m_negative.CurrentKey());
+        return static_cast<int>(m_nonNegative.CurrentKey());
+    }
+    const V& CurrentValue() const {
+        if (m_compare) return *m_sorted.Current().value;
+        return m_negativesAhead > 0 ? m_negative.CurrentValue() : m_nonNegative.CurrentValue();
+    }
+
+private:
+    void Build();
+
+    const omi_IntTable<V, A>* m_table;
+    omi_TableCompare m_compare;
+    omi_SortedRecords<int, V, A> m_sorted;
+    omi_UintTableIterator<V, A> m_negative;
+    omi_UintTableIterator<V, A> m_nonNegative;
+    int m_negativesAhead;  // negative members from the current one on; 0 beyond them
+};
+
+#define OMI_DECLARE_INT_TABLE_ITERATOR(V, A) KZM_DECLARE(omi_IntTableIterator<V, A>)
+OMI_TABLE_INSTANCES(OMI_DECLARE_INT_TABLE_ITERATOR)

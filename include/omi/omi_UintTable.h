@@ -1,0 +1,171 @@
+#pragma once
+#include <omi/KZMBasOmiDefaultAllocator.h>
+#include <omi/omi_BlkBitVect.h>
+#include <omi/omi_BlockedArray.h>
+#include <omi/omi_TableInstances.h>
+#include <runtime/mem_AllocationOperators.h>
+
+#include <cassert>
+#include <cstdint>
+
+// One block of an integer-keyed table: value cells and, under the same local keys, the bits that
+// tell which cells belong to members. Cells of keys that were removed keep their old value.
+template <class V, class A>
+class omi_UintTableBlock : public omi_BlockedArray<V> {
+public:
+    omi_UintTableBlock(unsigned int growthStep, unsigned int shift)
+        : omi_BlockedArray<V>(growthStep, shift) {}
+
+    const omi_BlkBitVect& Members() const { return m_members; }
+
+    // Writes the cell, then makes the key a member: if memory runs out, membership is unchanged.
+    void Insert(unsigned int local, const V& value) {
+        this->SetCell(local, value);
+        m_members.SetBit(local);
+    }
+
+    // True if the key was a member.
+    bool Remove(unsigned int local) {
+        const unsigned int before = m_members.Size();
+        m_members.UnsetBit(local);
+        return m_members.Size() != before;
+    }
+
+    unsigned int Footprint() const {
+        return this->ToFootprint(std::size_t{omi_BlockedArray<V>::Footprint()} +
+                                 m_members.Footprint());
+    }
+
+private:
+    friend struct kzm_Layout;
+    omi_BlkBitVect m_members;
+};
+
+// Map from unsigned 32-bit keys to values of V, for keys such as node and element numbers. The top
+// bits of a key select a block, which exists only while it has a member; the low bits select the
+// cell in it. A look-up is two shifts and masks and at most three indirections, without hashing or
+// comparing. Keys that lie close together share blocks: one that stands alone costs about 6 KiB by
+// default. Members are visited in ascending order with omi_UintTableIterator.
+//
+// The policy A supplies the table and its blocks, omi_BlockedArray and omi_BlkBitVect what lies in
+// them. When memory runs out, std::bad_alloc leaves the members as they were.
+//
+// One thread at a time; also const queries are not for concurrent use.
+template <class V, class A>
+class omi_UintTable : public mem_AllocationOperators {
+public:
+    using Block = omi_UintTableBlock<V, A>;
+
+    // Blocks of 2^20 keys; room for the keys below 2^21 at first.
+    omi_UintTable();
+
+    // Blocks of 2^20 keys; room for the keys below 2^27 at first. The argument is not used.
+    explicit omi_UintTable(unsigned int);
+
+    // The top `blockBits` of a key select the block, the next `innerBits` a group of cells that
+    // appears as a whole, the rest the cell; a block makes room for `innerGrowth` groups at a time.
+    // blockBits is at most 32, and so is blockBits + innerBits (checked in debug builds).
+    omi_UintTable(unsigned int blockBits, unsigned int innerBits, unsigned int innerGrowth);
+
+    // As omi_UintTable(unsigned), then inserts keys[i] with values[i] in order of i; of equal keys
+    // the last value stays.
+    omi_UintTable(unsigned int n, const unsigned int* keys, const V* values);
+
+    omi_UintTable& operator=(const omi_UintTable&) = delete;
+    virtual ~omi_UintTable();
+
+    // A new deep copy, owned by the caller, who ends it with delete.
+    omi_UintTable* Copy() const { return new omi_UintTable(*this); }
+
+    bool IsEmpty() const { return m_memberCount == 0; }
+    int Size() const { return static_cast<int>(m_memberCount); }
+
+    bool IsMember(unsigned int key) const {
+        const Block* const block = FindTableBlock(key);
+        return block && block->Members().IsSet(key & m_localMask);
+    }
+
+    // Copies the value out; false, and `value` as it was, if the key is not a member.
+    bool ConstGetValue(unsigned int key, V& value) const {
+        const Block* const block = FindTableBlock(key);
+        if (!block || !block->Members().IsSet(key & m_localMask)) return false;
+        value = *block->GetCell(key & m_localMask);
+        return true;
+    }
+
+    // The value of a key that must be a member (checked in debug builds). The reference stays valid
+    // until the last member of the key's block is removed.
+    V& Get(unsigned int key) { return Cell(key); }
+    const V& ConstGet(unsigned int key) const { return Cell(key); }
+
+    // Makes the key a member with this value, in place of any it had. True if it was none before.
+    // `value` may be a value of this table.
+    bool Insert(unsigned int key, const V& value) {
+        Block* const block = FindTableBlock(key);
+        return block ? InsertInto(*block, key, value) : InsertIntoNewBlock(key, value);
+    }
+
+    // True if the key was a member. A block without members is released at once; the table itself
+    // keeps its length.
+    bool Remove(unsigned int key);
+
+    void Clear();  // releases every block, keeps the table's length
+
+    // Bytes of this object, its table and its blocks.
+    unsigned int Footprint() const;
+
+    // The block that holds the key's cell, null where there is none.
+    Block* FindTableBlock(unsigned int key) const {
+        const unsigned int slot = Slot(key);
+        return slot < m_slotCount ? m_table[slot] : nullptr;
+    }
+
+protected:
+    omi_UintTable(const omi_UintTable& other);
+
+private:
+    friend struct kzm_Layout;
+    template <class, class>
+    friend class omi_UintTableIterator;
+    template <class, class>
+    friend class omi_IntTable;
+
+    // A shift by 32 is a slot number of 0.
+    unsigned int Slot(unsigned int key) const {
+        return static_cast<unsigned int>(std::uint64_t{key} >> m_keyShift);
+    }
+
+    V& Cell(unsigned int key) const {
+        assert(IsMember(key));
+        return *FindTableBlock(key)->GetCell(key & m_localMask);
+    }
+
+    bool InsertInto(Block& block, unsigned int key, const V& value) {
+        const unsigned int before = block.Members().Size();
+        block.Insert(key & m_localMask, value);
+        const bool added = block.Members().Size() != before;
+        m_memberCount += added;
+        return added;
+    }
+
+    bool InsertIntoNewBlock(unsigned int key, const V& value);
+    void Initialize(unsigned int blockBits, unsigned int innerBits, unsigned int innerGrowth);
+    static Block** NewTable(unsigned int slots);
+    template <class... Args>
+    static Block* NewBlock(const Args&... args);
+    static void DestroyBlock(Block* block);
+    void DestroyBlocks();
+
+    Block** m_table;  // from the policy; m_slotCount entries, null where there is no block
+    unsigned int m_memberCount;
+    unsigned int m_slotCount;
+    unsigned int m_localMask;
+    unsigned int m_keyShift;
+    unsigned int m_innerGrowth;  // growth step and shift of each block's cells
+    unsigned int m_innerShift;
+};
+
+#define OMI_DECLARE_UINT_TABLE(V, A)      \
+    KZM_DECLARE(omi_UintTableBlock<V, A>) \
+    KZM_DECLARE(omi_UintTable<V, A>)
+OMI_TABLE_INSTANCES(OMI_DECLARE_UINT_TABLE)

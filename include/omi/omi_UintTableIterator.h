@@ -1,0 +1,82 @@
+#pragma once
+#include <omi/omi_BlkBitVectTrav.h>
+#include <omi/omi_SortedRecords.h>
+#include <omi/omi_UintTable.h>
+
+// Visits the members of a table in ascending key order, or in the order of a comparison function
+// over omi_TableRecord<unsigned, V>.
+//
+//     omi_UintTableIterator<int, KZMBasOmiDefaultAllocator> it(table);
+//     for (it.First(); !it.IsDone(); it.Next()) Use(it.CurrentKey(), it.CurrentValue());
+//
+// It stands nowhere, IsDone, until First or Last. In key order it works on the table's own blocks:
+// changing values is fine, inserting or removing keys ends the walk; to remove while walking,
+// collect the keys first. With a comparison function the first First or Last takes an array of all
+// members, which later changes of the table do not reach; O(n log n).
+template <class V, class A>
+class omi_UintTableIterator {
+public:
+    explicit omi_UintTableIterator(const omi_UintTable<V, A>& table,
+                                   omi_TableCompare compare = nullptr)
+        : m_table(&table),
+          m_compare(compare),
+          m_block(nullptr),
+          m_slot(-2),
+          m_base(0),
+          m_local(0) {}
+
+    omi_UintTableIterator(const omi_UintTableIterator&) = delete;
+    omi_UintTableIterator& operator=(const omi_UintTableIterator&) = delete;
+
+    void First();
+    void Last();
+
+    void Next() {
+        if (m_compare)
+            m_sorted.Next();
+        else if (m_block && !m_walk.Next(m_local))
+            NextBlock();
+    }
+
+    void Previous() {
+        if (m_compare)
+            m_sorted.Previous();
+        else if (m_block && !m_walk.Prev(m_local))
+            PreviousBlock();
+    }
+
+    bool IsDone() const { return m_compare ? m_sorted.IsDone() : !m_block; }
+
+    // These three need a current member.
+    unsigned int CurrentKey() const {
+        return m_compare ? m_sorted.Current().key : m_base + m_local;
+    }
+    const V& CurrentValue() const {
+        return m_compare ? *m_sorted.Current().value : *m_block->GetCell(m_local);
+    }
+
+    // In key order: goes on to the lowest key of the next block, or to the highest of the block
+    // before. False, and IsDone, if there is none.
+    bool NextBlock();
+    bool PreviousBlock();
+
+private:
+    template <class, class>
+    friend class omi_IntTableIterator;
+
+    void Leave() { m_block = nullptr; }  // in key order: stands nowhere
+    void Build();
+    bool Enter(std::int64_t slot);
+
+    const omi_UintTable<V, A>* m_table;
+    omi_TableCompare m_compare;
+    omi_SortedRecords<unsigned int, V, A> m_sorted;
+    omi_BlkBitVectTrav m_walk;
+    const omi_UintTableBlock<V, A>* m_block;  // the current member's, null where there is none
+    std::int64_t m_slot;                      // of that block; -2 before the first move
+    unsigned int m_base;                      // lowest key of the slot
+    unsigned int m_local;
+};
+
+#define OMI_DECLARE_UINT_TABLE_ITERATOR(V, A) KZM_DECLARE(omi_UintTableIterator<V, A>)
+OMI_TABLE_INSTANCES(OMI_DECLARE_UINT_TABLE_ITERATOR)

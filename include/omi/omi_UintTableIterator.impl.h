@@ -1,0 +1,58 @@
+#pragma once
+#include <omi/omi_UintTable.impl.h>
+#include <omi/omi_UintTableIterator.h>
+
+template <class V, class A>
+void omi_UintTableIterator<V, A>::First() {
+    if (m_compare) {
+        Build();
+        m_sorted.First();
+        return;
+    }
+    m_slot = -1;
+    NextBlock();
+}
+
+template <class V, class A>
+void omi_UintTableIterator<V, A>::Last() {
+    if (m_compare) {
+        Build();
+        m_sorted.Last();
+        return;
+    }
+    m_slot = m_table->m_slotCount;
+    PreviousBlock();
+}
+
+template <class V, class A>
+bool omi_UintTableIterator<V, A>::NextBlock() {
+    const std::int64_t end = m_table->m_slotCount;
+    while (++m_slot < end)
+        if (Enter(m_slot) && m_walk.First(m_local)) return true;
+    m_block = nullptr;
+    return false;
+}
+
+template <class V, class A>
+bool omi_UintTableIterator<V, A>::PreviousBlock() {
+    while (--m_slot >= 0)
+        if (Enter(m_slot) && m_walk.Last(m_local)) return true;
+    m_block = nullptr;
+    return false;
+}
+
+template <class V, class A>
+void omi_UintTableIterator<V, A>::Build() {
+    if (m_sorted.IsBuilt() || m_table->IsEmpty()) return;
+    omi_UintTableIterator walk(*m_table);
+    m_sorted.Build(walk, m_table->m_memberCount, m_compare);
+}
+
+template <class V, class A>
+bool omi_UintTableIterator<V, A>::Enter(std::int64_t slot) {
+    m_block = m_table->m_table[slot];
+    if (!m_block) return false;
+    m_base = static_cast<unsigned int>(static_cast<std::uint64_t>(slot) << m_table->m_keyShift);
+    SetBitTraverseData(&m_block->Members(), &m_walk);
+    return true;
+}

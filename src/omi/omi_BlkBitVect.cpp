@@ -1,0 +1,214 @@
+#include <alloc/mem_alloc.h>
+#include <host/KZMBasFatalError.h>
+#include <omi/omi_BlkBitVect.h>
+#include <omi/omi_BlkBitVectTrav.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+bool AllZero(const unsigned int* words, unsigned int n) {
+    return std::all_of(words, words + n, [](unsigned int word) { return word == 0; });
+}
+
+// The bits from..to of a word, both included.
+unsigned int BitRange(unsigned int from, unsigned int to) { return ~0u << from & ~0u >> (31 - to); }
+
+}  // namespace
+
+omi_BlkBitVect::omi_BlkBitVect(const omi_BlkBitVect& other)
+    : omi_BlockedArray(other), m_bitCount(other.m_bitCount), m_stale(other.m_stale) {}
+
+omi_BlkBitVect& omi_BlkBitVect::operator=(const omi_BlkBitVect& other) {
+    omi_BlockedArray::operator=(other);
+    m_bitCount = other.m_bitCount;
+    m_stale = other.m_stale;
+    return *this;
+}
+
+omi_BlkBitVect::~omi_BlkBitVect() = default;
+
+void omi_BlkBitVect::DumpList() const {
+    if (Size() == 0) {
+        std::fputs("Empty List\n", stderr);
+        return;
+    }
+    std::fprintf(stderr, "ListCount=%d\n", static_cast<int>(m_bitCount));
+    omi_BlkBitVectTrav trav(this);
+    unsigned int count = 0;
+    unsigned int i;
+    for (bool more = trav.First(i); more; more = trav.Next(i)) {
+        std::fprintf(stderr, "%8d", static_cast<int>(i));
+        if (++count % 8 == 0) std::fputs("\n", stderr);
+    }
+    std::fputs("\n", stderr);
+    if (count != m_bitCount)
+        KZMBasFatalError("AssertionFailed:cnt == bitcnt", "", "", "", "omi_BlkBitVect", 80);
+}
+
+unsigned int omi_BlkBitVect::Footprint() const { return ToFootprint(sizeof *this + HeapBytes()); }
+
+void omi_BlkBitVect::SetFromTo(unsigned int from, unsigned int to) {
+    const unsigned int first = from >> 5;
+    const unsigned int last = to >> 5;
+    if (from <= to)
+        MakeWordBlocks(first, last);
+    else if (first != last)
+        MakeWordBlocks(last, last);
+
+    for (unsigned int word = first + 1; word < last;) {
+        unsigned int* const block = m_table[word >> kBlockShift];
+        const unsigned int begin = word & (kBlockWords - 1);
+        const unsigned int end = std::min(kBlockWords, begin + (last - word));
+        unsigned int old = 0;
+        for (unsigned int i = begin; i < end; ++i) old += CountBits32(block[i]);
+        std::fill(block + begin, block + end, ~0u);
+        m_bitCount += 32 * (end - begin) - old;
+        word += end - begin;
+    }
+    if (from <= to) OrWord(*Word(from), BitRange(from & 31, first == last ? to & 31 : 31));
+    if (first != last) OrWord(*Word(to), BitRange(0, to & 31));
+}
+
+void omi_BlkBitVect::Clear() {
+    omi_BlockedArray::Clear();
+    m_bitCount = 0;
+    m_stale = false;
+}
+
+bool omi_BlkBitVect::operator==(const omi_BlkBitVect& other) const {
+    if (Size() != other.Size() || m_slotCount != other.m_slotCount) return false;
+    for (unsigned int slot = 0; slot < m_slotCount; ++slot) {
+        const unsigned int* const mine = m_table[slot];
+        const unsigned int* const theirs = other.m_table[slot];
+        if (!mine != !theirs) return false;
+        if (mine && std::memcmp(mine, theirs, kBlockWords * sizeof *mine) != 0) return false;
+    }
+    return true;
+}
+
+int omi_BlkBitVect::Compare(const omi_BlkBitVect& other) const {
+    const unsigned int count = Size();
+    const unsigned int otherCount = other.Size();
+    if (count != otherCount) return static_cast<int>(count - otherCount);
+    for (unsigned int slot = 0; slot < other.m_slotCount; ++slot) {
+        const int remaining = static_cast<int>(other.m_slotCount - slot);
+        const unsigned int* const mine = Block(slot);
+        const unsigned int* const theirs = other.m_table[slot];
+        if (!mine && theirs) return -remaining;
+        if (mine && !theirs) return remaining;
+        if (!mine) continue;
+        const auto [a, b] = std::mismatch(mine, mine + kBlockWords, theirs);
+        if (a != mine + kBlockWords) return *a > *b ? 1 : -1;
+    }
+    return 0;
+}
+
+bool omi_BlkBitVect::Contains(const omi_BlkBitVect& other) const {
+    if (!m_stale && !other.m_stale && m_bitCount < other.m_bitCount) return false;
+    for (unsigned int slot = 0; slot < other.m_slotCount; ++slot) {
+        const unsigned int* const theirs = other.m_table[slot];
+        if (!theirs) continue;
+        const unsigned int* const mine = Block(slot);
+        if (!mine) {
+            if (!AllZero(theirs, kBlockWords)) return false;
+            continue;
+        }
+        unsigned int outside = 0;
+        for (unsigned int i = 0; i < kBlockWords; ++i) outside |= theirs[i] & ~mine[i];
+        if (outside) return false;
+    }
+    return true;
+}
+
+bool omi_BlkBitVect::HasOverlap(const omi_BlkBitVect& other) const {
+    const unsigned int slots = std::min(m_slotCount, other.m_slotCount);
+    for (unsigned int slot = 0; slot < slots; ++slot) {
+        const unsigned int* const mine = m_table[slot];
+        const unsigned int* const theirs = other.m_table[slot];
+        if (!mine || !theirs) continue;
+        unsigned int common = 0;
+        for (unsigned int i = 0; i < kBlockWords; ++i) common |= mine[i] & theirs[i];
+        if (common) return true;
+    }
+    return false;
+}
+
+omi_BlkBitVect& omi_BlkBitVect::operator-=(const omi_BlkBitVect& other) {
+    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine & ~theirs; });
+    return *this;
+}
+
+omi_BlkBitVect& omi_BlkBitVect::operator&=(const omi_BlkBitVect& other) {
+    for (unsigned int slot = 0; slot < m_slotCount; ++slot) {
+        if (other.Block(slot)) continue;
+        mem_Free(m_table[slot]);
+        m_table[slot] = nullptr;
+    }
+    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine & theirs; });
+    return *this;
+}
+
+omi_BlkBitVect& omi_BlkBitVect::operator|=(const omi_BlkBitVect& other) {
+    MakeBlocksOf(other);
+    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine | theirs; });
+    return *this;
+}
+
+omi_BlkBitVect& omi_BlkBitVect::operator^=(const omi_BlkBitVect& other) {
+    MakeBlocksOf(other);
+    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine ^ theirs; });
+    return *this;
+}
+
+// Where both have a block, each own word becomes op(own word, other's word).
+template <class Op>
+void omi_BlkBitVect::CombineWords(const omi_BlkBitVect& other, Op op) {
+    const unsigned int slots = std::min(m_slotCount, other.m_slotCount);
+    for (unsigned int slot = 0; slot < slots; ++slot) {
+        unsigned int* const mine = m_table[slot];
+        const unsigned int* const theirs = other.m_table[slot];
+        if (!mine || !theirs) continue;
+        for (unsigned int i = 0; i < kBlockWords; ++i) mine[i] = op(mine[i], theirs[i]);
+    }
+    m_stale = true;
+}
+
+void omi_BlkBitVect::SetBitOfNewBlock(unsigned int i) {
+    MakeWordBlocks(i >> 5, i >> 5);
+    OrWord(*Word(i), 1u << (i & 31));
+}
+
+// Makes every block of the words first..last writable, before any bit changes.
+void omi_BlkBitVect::MakeWordBlocks(unsigned int first, unsigned int last) {
+    const unsigned int lastSlot = last >> kBlockShift;
+    if (lastSlot >= m_slotCount) Realloc((lastSlot / m_growthStep + 1) * m_growthStep);
+    for (unsigned int slot = first >> kBlockShift; slot <= lastSlot; ++slot) MakeBlock(slot);
+}
+
+// An empty block for each block that only the other has, before any bit changes.
+void omi_BlkBitVect::MakeBlocksOf(const omi_BlkBitVect& other) {
+    Realloc(other.m_slotCount);
+    constexpr std::size_t kBytes = kBlockWords * sizeof(unsigned int);
+    for (unsigned int slot = 0; slot < other.m_slotCount; ++slot)
+        if (other.m_table[slot] && !m_table[slot])
+            m_table[slot] = static_cast<unsigned int*>(std::memset(mem_Malloc(kBytes), 0, kBytes));
+}
+
+void omi_BlkBitVect::Recount() const {
+    m_bitCount = 0;
+    for (unsigned int slot = 0; slot < m_slotCount; ++slot) {
+        unsigned int* const block = m_table[slot];
+        if (!block) continue;
+        unsigned int sum = 0;
+        for (unsigned int i = 0; i < kBlockWords; ++i) sum += CountBits32(block[i]);
+        if (sum == 0) {
+            mem_Free(block);
+            m_table[slot] = nullptr;
+        }
+        m_bitCount += sum;
+    }
+    m_stale = false;
+}
