@@ -1,0 +1,107 @@
+#include <alloc/KZMBasAlloc.h>
+#include <coreutils/KZMBasCoreUtils.h>
+#include <errors/KZMBasUtils.h>
+#include <files/KZMBasFilStracePhase.h>
+#include <generics/KZMBasGenericsLib.h>
+#include <platform/platform.h>
+#include <process/KZMBasCallstack.h>
+#include <process/omi_AlertListener.h>
+#include <process/omn_FPESetting.h>
+#include <runtime/KZMBasShared.h>
+#include <runtime/rgx_ReCompileCache.h>
+
+#include <cstring>
+#include <iterator>
+
+namespace {
+
+constinit unsigned g_starts = 0;
+constinit int g_countOfCCallers = 0;
+
+void Nothing() {}
+
+// A module that counts its starts; Start and Stop are its work. If Start throws, the module counts
+// as not started.
+template <char kLetter, void (*Start)() = Nothing, void (*Stop)() = Nothing>
+struct CountedModule {
+    static void Initialize(int& count) {
+        if (s_starts == 0) {
+            Start();
+            ++count;
+        }
+        ++s_starts;
+    }
+    static void Finalize(int& count) {
+        if (s_starts-- != 1) return;
+        --count;
+        Stop();
+    }
+    static constinit unsigned s_starts;
+};
+template <char kLetter, void (*Start)(), void (*Stop)()>
+constinit unsigned CountedModule<kLetter, Start, Stop>::s_starts = 0;
+
+void StartFloatingPoint() {
+    const char* const ignore = platform::Environment("KVL_IGNORE_FPE");
+    if (ignore && std::strcmp(ignore, "1") == 0) {
+        omn_ignoreFPESetting(true);
+        platform::SetEnvironment("KVL_IGNORE_FPE", "0");  // child processes decide by themselves
+    }
+    omn_globalFPESetting();
+    KZMBasCallstackInit();
+}
+
+struct Module {
+    void (*initialize)(int& count);
+    void (*finalize)(int& count);
+};
+template <class M>
+constexpr Module kCounted = {M::Initialize, M::Finalize};
+
+// In starting order; they stop in the reverse order.
+constexpr Module kModules[] = {
+    {KZMBasCoreUtils_initialize, KZMBasCoreUtils_finalize},
+    {KZMBasGenericsLib_initialize, KZMBasGenericsLib_finalize},
+    {KZMBasAlloc_initialize, KZMBasAlloc_finalize},
+    kCounted<CountedModule<'a'>>,
+    {KZMBasUtils_initialize, KZMBasUtils_finalize},
+    kCounted<CountedModule<'c'>>,
+    kCounted<CountedModule<'d', Nothing, KZMBasAtiGlobalSingleton<rgx_ReCompileCache>::Finalize>>,
+    kCounted<CountedModule<'e'>>,
+    kCounted<
+        CountedModule<'f', StartFloatingPoint, omi_SingletonBase<omi_AlertListener>::Finalize>>,
+    kCounted<CountedModule<'g', Nothing,
+                           KZMBasAtiGlobalSingleton<KZMBasFilStracePhase::Impl>::Finalize>>,
+    kCounted<CountedModule<'h'>>,
+    kCounted<CountedModule<'i'>>,  // the entry module: the last to start, the first to stop
+};
+
+void StopModules(std::size_t started, int& count) {
+    while (started > 0) kModules[--started].finalize(count);
+}
+
+}  // namespace
+
+void KZMBasShared_initialize(int& count) {
+    if (g_starts++ != 0) return;
+    ++count;
+    std::size_t started = 0;
+    try {
+        for (; started < std::size(kModules); ++started) kModules[started].initialize(count);
+    } catch (...) {
+        StopModules(started, count);
+        --count;
+        --g_starts;
+        throw;
+    }
+}
+
+void KZMBasShared_finalize(int& count) {
+    if (g_starts-- != 1) return;
+    --count;
+    StopModules(std::size(kModules), count);
+}
+
+extern "C" void KZMBasShared_initializeC() noexcept { KZMBasShared_initialize(g_countOfCCallers); }
+
+extern "C" void KZMBasShared_finalizeC() noexcept { KZMBasShared_finalize(g_countOfCCallers); }

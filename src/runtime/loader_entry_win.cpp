@@ -1,0 +1,10 @@
+#include <runtime/loader_entry.h>
+#include <windows.h>
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID);
+
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
+    if (reason == DLL_PROCESS_ATTACH) kzm_LibraryLoaded();
+    if (reason == DLL_PROCESS_DETACH) kzm_LibraryUnloaded();
+    return TRUE;
+}

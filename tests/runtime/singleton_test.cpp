@@ -1,0 +1,204 @@
+#include <alloc/omi_SingletonRegistry.h>
+#include <coreutils/KZMBasAtiThreadingModelHook.h>
+#include <runtime/KZMBasAtiGlobalSingleton.h>
+#include <runtime/omi_Singleton.h>
+#include <support/expect_abort.h>
+#include <support/memory_failure.h>
+#include <support/registry_record.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+struct Settings : omi_SingletonBase<Settings> {
+    static inline bool s_refuse = false;
+    static inline std::string s_seenWhileDying;
+    Settings() : block(mem_Malloc(100)) {
+        if (!s_refuse) return;
+        mem_Free(block);
+        throw std::runtime_error("refused");
+    }
+    virtual ~Settings() {  // virtual: the base is constructed before there is a dynamic type
+        s_seenWhileDying = &omi_Singleton<Settings>::Instance() == this ? "itself" : "another";
+        mem_Free(block);
+    }
+    void* block;
+};
+
+TEST(Singleton, IsMadeOnceListedWhileItLivesAndMadeAnew) {
+    RegistryRecord record;
+    Settings* const first = &omi_Singleton<Settings>::Instance();
+    EXPECT_EQ(first, &omi_Singleton<Settings>::Instance());
+    EXPECT_EQ(omi_SingletonRegistry::Instance()->Find(typeid(Settings).name()), first);
+    omi_SingletonBase<Settings>::Finalize();
+    EXPECT_EQ(Settings::s_seenWhileDying, "itself");
+    omi_SingletonBase<Settings>::Finalize();  // there is none: only the name is taken out again
+    omi_Singleton<Settings>::Instance();
+    omi_SingletonBase<Settings>::Finalize();
+    const std::string name = "(anonymous namespace)::Settings ";
+    EXPECT_EQ(record.Take(), "+" + name + "-" + name + "-" + name + "+" + name + "-" + name);
+}
+
+TEST(Singleton, AConstructorThatThrowsLeavesNoTrace) {
+    host_heap::Watch();
+    Settings::s_refuse = true;
+    EXPECT_THROW(omi_Singleton<Settings>::Instance(), std::runtime_error);
+    EXPECT_EQ(omi_SingletonRegistry::Instance()->Find(typeid(Settings).name()), nullptr);
+    Settings::s_refuse = false;
+    omi_Singleton<Settings>::Instance();
+    omi_SingletonBase<Settings>::Finalize();
+    EXPECT_EQ(host_heap::g_probe.live, 0);
+    host_heap::Unwatch();
+}
+
+template <class T>
+struct FinalizeAtEnd {
+    ~FinalizeAtEnd() { T::Finalize(); }
+};
+
+TEST(Singleton, MemoryFailureInCreationLeavesNone) {
+    ForEveryAllocationFailure(
+        [] { return FinalizeAtEnd<omi_SingletonBase<Settings>>(); },
+        [](auto&) { omi_Singleton<Settings>::Instance(); },
+        [](auto&, bool made) {
+            const void* const listed =
+                omi_SingletonRegistry::Instance()->Find(typeid(Settings).name());
+            EXPECT_EQ(listed != nullptr, made);
+        });
+}
+
+struct Twin : omi_SingletonBase<Twin> {
+    static inline int s_made = 0;
+    Twin() {
+        if (++s_made == 1) new Twin;
+    }
+};
+
+TEST(SingletonDeathTest, AnObjectThatIsNotTheInstanceEndsTheProcess) {
+    EXPECT_ABORT(omi_Singleton<Twin>::Instance());
+}
+
+int g_mutexRequests = 0;
+KZMBasAtiMutex* CountedMutex() {
+    ++g_mutexRequests;
+    return KZMBasAtiDefaultMutex();
+}
+KZMBasAtiMutex* NoMutex() { return nullptr; }
+
+struct Other : KZMBasAtiGlobalSingleton<Other> {};
+
+struct Shared : KZMBasAtiGlobalSingleton<Shared> {
+    static inline bool s_refuse = false;
+    static inline std::atomic<int> s_made = 0;
+    Shared() : block(mem_Malloc(100)) {
+        Other::Instance();  // the lock that is held is recursive
+        ++s_made;
+        if (!s_refuse) return;
+        mem_Free(block);
+        throw std::runtime_error("refused");
+    }
+    virtual ~Shared() {
+        Other::Finalize();
+        mem_Free(block);
+    }
+    void* block;
+    int value = 0;
+};
+
+class GlobalSingleton : public testing::Test {
+protected:
+    void SetUp() override {
+        Shared::Finalize();
+        Shared::s_made = 0;
+        KZMBasAtiSetMutexFactory(CountedMutex);
+        g_mutexRequests = 0;
+    }
+    void TearDown() override {
+        Shared::Finalize();
+        Other::Finalize();
+        KZMBasAtiSetMutexFactory(nullptr);
+        KZMBasSetFatalErrorHandler(nullptr);
+    }
+};
+
+TEST_F(GlobalSingleton, ThreadsThatRaceForItGetOneObjectAndItsLock) {
+    constexpr int kThreads = 8;
+    constexpr int kRounds = 1000;
+    std::vector<std::thread> threads;
+    std::atomic<bool> go{false};
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back([&go] {
+            while (!go) std::this_thread::yield();
+            for (int round = 0; round < kRounds; ++round) {
+                Shared& shared = Shared::Instance();
+                shared.Lock();
+                ++shared.value;
+                shared.Unlock();
+            }
+        });
+    go = true;
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(Shared::s_made, 1);
+    EXPECT_EQ(Shared::Instance().value, kThreads * kRounds);
+}
+
+TEST_F(GlobalSingleton, IsListedWhileItLives) {
+    RegistryRecord record;
+    Other::Finalize();
+    Other::Finalize();
+    EXPECT_EQ(record.Take(), "");  // unlike the unlocked form
+    Other::Instance();
+    EXPECT_EQ(omi_SingletonRegistry::Instance()->Find(typeid(Other).name()), &Other::Instance());
+    Other::Finalize();
+    EXPECT_EQ(record.Take(), "+(anonymous namespace)::Other -(anonymous namespace)::Other ");
+}
+
+TEST_F(GlobalSingleton, EveryAttemptAsksForAMutexAndTheFirstOneServes) {
+    Other::Instance();
+    g_mutexRequests = 0;
+    Shared::s_refuse = true;
+    EXPECT_THROW(Shared::Instance(), std::runtime_error);
+    EXPECT_EQ(omi_SingletonRegistry::Instance()->Find(typeid(Shared).name()), nullptr);
+    EXPECT_EQ(g_mutexRequests, 1);
+    Shared::s_refuse = false;
+    KZMBasAtiSetMutexFactory(NoMutex);  // not needed: the first attempt's is kept
+    Shared& shared = Shared::Instance();
+    shared.Lock();
+    shared.Unlock();
+    KZMBasAtiSetMutexFactory(CountedMutex);
+    Shared::Instance();
+    EXPECT_EQ(g_mutexRequests, 1);
+    Shared::Finalize();  // ends the mutex too
+    Shared::Instance();
+    EXPECT_EQ(g_mutexRequests, 3);  // its own, and that of the other one it ended and needs again
+}
+
+TEST_F(GlobalSingleton, WithoutAMutexTheFatalRoutineIsTold) {
+    static std::string report;
+    KZMBasAtiSetMutexFactory(NoMutex);
+    KZMBasSetFatalErrorHandler([](const char* message, const char* a, const char* b, const char* c,
+                                  const char* source, int line) {
+        report = std::string(message) + "|" + a + b + c + "|" + source + "|" + std::to_string(line);
+        throw std::runtime_error("fatal");
+    });
+    EXPECT_THROW(Shared::Instance(), std::runtime_error);
+    EXPECT_EQ(report, "AssertionFailed:m_lock != 0||KZMBasAtiGlobalSingleton|69");
+}
+
+TEST_F(GlobalSingleton, MemoryFailureInCreationLeavesNone) {
+    Other::Instance();
+    Shared::Instance();
+    Shared::Finalize();
+    ForEveryAllocationFailure(
+        [] { return FinalizeAtEnd<Shared>(); }, [](auto&) { Shared::Instance(); },
+        [](auto&, bool made) {
+            const void* const listed =
+                omi_SingletonRegistry::Instance()->Find(typeid(Shared).name());
+            EXPECT_EQ(listed != nullptr, made);
+        });
+}
+
+}  // namespace
