@@ -59,8 +59,8 @@ TEST(PoolPolicyDefaults, WithoutAManagerPoolsStayAndSummariesPrintALine) {
 
 TEST(PoolPolicy, BlocksAreZeroFilledWhereverTheyComeFrom) {
     DirtyPool pool;
-    for (KZMBasCamPool* const each : {static_cast<KZMBasCamPool*>(nullptr),
-                                      static_cast<KZMBasCamPool*>(&pool)}) {
+    for (KZMBasCamPool* const each :
+         {static_cast<KZMBasCamPool*>(nullptr), static_cast<KZMBasCamPool*>(&pool)}) {
         const PoolGuard<62> guard(each);
         for (const unsigned size : {0u, 1u, 16u, 4096u}) {
             auto* const block = static_cast<unsigned char*>(KZMBasSrmAllocator<62>::allocate(size));

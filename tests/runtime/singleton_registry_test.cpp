@@ -16,9 +16,7 @@ void Finalizer() {
     g_called += std::to_string(kId) + " ";
 }
 
-KZMBas_SingletonRegistry& Registry() {
-    return omi_Singleton<KZMBas_SingletonRegistry>::Instance();
-}
+KZMBas_SingletonRegistry& Registry() { return omi_Singleton<KZMBas_SingletonRegistry>::Instance(); }
 
 template <int... kIds>
 void TagAll(std::integer_sequence<int, kIds...>) {
@@ -43,8 +41,7 @@ protected:
 };
 
 TEST_F(SingletonRegistry, PhasesFinalizeTheirIdsInOrder) {
-    const char* const kAllSecond =
-        "6 7 11 23 8 25 26 12 16 22 17 13 15 18 19 28 29 27 ";
+    const char* const kAllSecond = "6 7 11 23 8 25 26 12 16 22 17 13 15 18 19 28 29 27 ";
     struct {
         bool conditions[3];
         const char* first;
@@ -175,7 +172,8 @@ TEST_F(SingletonRegistry, MemoryFailureLosesNoFinalizer) {
             Registry().Tag(-2, Finalizer<-2>);
         },
         [](const Session&, bool tagged) {
-            if (tagged) EXPECT_EQ(Registry().Destroy(2) + Registry().Destroy(-2), 2);
+            const int ended = Registry().Destroy(2) + Registry().Destroy(-2);
+            EXPECT_TRUE(!tagged || ended == 2);
         });
     for (const long failAt : {1, 2}) {
         Registry().Tag(4, Finalizer<4>);

@@ -7,25 +7,27 @@
 #include <support/registry_record.h>
 
 #include <atomic>
+#include <memory>
 #include <stdexcept>
 #include <thread>
 #include <vector>
 
 namespace {
 
+// A block of the product's heap that shows in the probe if it is lost.
+using Block = std::unique_ptr<void, void (*)(void*)>;
+Block NewBlock() { return Block(mem_Malloc(100), mem_Free); }
+
 struct Settings : omi_SingletonBase<Settings> {
     static inline bool s_refuse = false;
     static inline std::string s_seenWhileDying;
-    Settings() : block(mem_Malloc(100)) {
-        if (!s_refuse) return;
-        mem_Free(block);
-        throw std::runtime_error("refused");
+    Settings() {
+        if (s_refuse) throw std::runtime_error("refused");
     }
     virtual ~Settings() {  // virtual: the base is constructed before there is a dynamic type
         s_seenWhileDying = &omi_Singleton<Settings>::Instance() == this ? "itself" : "another";
-        mem_Free(block);
     }
-    void* block;
+    Block block = NewBlock();
 };
 
 TEST(Singleton, IsMadeOnceListedWhileItLivesAndMadeAnew) {
@@ -54,15 +56,12 @@ TEST(Singleton, AConstructorThatThrowsLeavesNoTrace) {
     host_heap::Unwatch();
 }
 
-template <class T>
-struct FinalizeAtEnd {
-    ~FinalizeAtEnd() { T::Finalize(); }
-};
-
 TEST(Singleton, MemoryFailureInCreationLeavesNone) {
+    struct Session {
+        ~Session() { omi_SingletonBase<Settings>::Finalize(); }
+    };
     ForEveryAllocationFailure(
-        [] { return FinalizeAtEnd<omi_SingletonBase<Settings>>(); },
-        [](auto&) { omi_Singleton<Settings>::Instance(); },
+        [] { return Session(); }, [](auto&) { omi_Singleton<Settings>::Instance(); },
         [](auto&, bool made) {
             const void* const listed =
                 omi_SingletonRegistry::Instance()->Find(typeid(Settings).name());
@@ -86,25 +85,23 @@ KZMBasAtiMutex* CountedMutex() {
     ++g_mutexRequests;
     return KZMBasAtiDefaultMutex();
 }
-KZMBasAtiMutex* NoMutex() { return nullptr; }
+KZMBasAtiMutex* NoMutex() {
+    ++g_mutexRequests;
+    return nullptr;
+}
 
 struct Other : KZMBasAtiGlobalSingleton<Other> {};
 
 struct Shared : KZMBasAtiGlobalSingleton<Shared> {
     static inline bool s_refuse = false;
     static inline std::atomic<int> s_made = 0;
-    Shared() : block(mem_Malloc(100)) {
+    Shared() {
         Other::Instance();  // the lock that is held is recursive
         ++s_made;
-        if (!s_refuse) return;
-        mem_Free(block);
-        throw std::runtime_error("refused");
+        if (s_refuse) throw std::runtime_error("refused");
     }
-    virtual ~Shared() {
-        Other::Finalize();
-        mem_Free(block);
-    }
-    void* block;
+    virtual ~Shared() { Other::Finalize(); }
+    Block block = NewBlock();
     int value = 0;
 };
 
@@ -168,12 +165,13 @@ TEST_F(GlobalSingleton, EveryAttemptAsksForAMutexAndTheFirstOneServes) {
     Shared& shared = Shared::Instance();
     shared.Lock();
     shared.Unlock();
+    EXPECT_EQ(g_mutexRequests, 2);
     KZMBasAtiSetMutexFactory(CountedMutex);
     Shared::Instance();
-    EXPECT_EQ(g_mutexRequests, 1);
+    EXPECT_EQ(g_mutexRequests, 2);
     Shared::Finalize();  // ends the mutex too
     Shared::Instance();
-    EXPECT_EQ(g_mutexRequests, 3);  // its own, and that of the other one it ended and needs again
+    EXPECT_EQ(g_mutexRequests, 4);  // its own, and that of the other one it ended and needs again
 }
 
 TEST_F(GlobalSingleton, WithoutAMutexTheFatalRoutineIsTold) {
@@ -189,11 +187,14 @@ TEST_F(GlobalSingleton, WithoutAMutexTheFatalRoutineIsTold) {
 }
 
 TEST_F(GlobalSingleton, MemoryFailureInCreationLeavesNone) {
-    Other::Instance();
-    Shared::Instance();
-    Shared::Finalize();
+    struct Both {
+        ~Both() {
+            Shared::Finalize();
+            Other::Finalize();
+        }
+    };
     ForEveryAllocationFailure(
-        [] { return FinalizeAtEnd<Shared>(); }, [](auto&) { Shared::Instance(); },
+        [] { return Both(); }, [](auto&) { Shared::Instance(); },
         [](auto&, bool made) {
             const void* const listed =
                 omi_SingletonRegistry::Instance()->Find(typeid(Shared).name());

