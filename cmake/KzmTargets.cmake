@@ -101,3 +101,11 @@ function(kzm_test name)
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60)
   endif()
 endfunction()
+
+# kzm_bench(name files...): a Google Benchmark program, linked with the shared library as users do.
+function(kzm_bench name)
+  list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
+  add_executable(${name} ${ARGN})
+  kzm_compile_defaults(${name})
+  target_link_libraries(${name} PRIVATE KZMBas::Shared benchmark::benchmark_main)
+endfunction()
