@@ -1,0 +1,198 @@
+#include <gtest/gtest.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <vector>
+
+#include "solids.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string Contents(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+// The named array of a .vtu file with appended data.
+template <class T>
+std::vector<T> ArrayOf(const std::string& vtu, const std::string& name) {
+    const std::size_t tag = vtu.find("Name=\"" + name + "\"");
+    const std::size_t data = vtu.find("<AppendedData encoding=\"raw\">\n_");
+    if (tag == vtu.npos || data == vtu.npos) return {};
+    const std::size_t offset = std::stoul(vtu.substr(vtu.find("offset=\"", tag) + 8));
+    const char* block = vtu.data() + vtu.find('_', data) + 1 + offset;
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, block, sizeof bytes);
+    std::vector<T> values(bytes / sizeof(T));
+    std::memcpy(values.data(), block + sizeof bytes, bytes);
+    return values;
+}
+
+class HeatTest : public testing::Test {
+protected:
+    HeatTest() {
+        std::string pattern = (fs::temp_directory_path() / "heat-XXXXXX").string();
+        m_folder = mkdtemp(pattern.data());
+    }
+    ~HeatTest() override { fs::remove_all(m_folder); }
+
+    std::string File(const std::string& name) const { return m_folder + "/" + name; }
+
+    // Runs the program with its results in the folder "out"; gives the exit code.
+    int Run(const std::string& arguments) {
+        const std::string command = std::string(HEAT_PROGRAM) + " --out " + File("out") + " " +
+                                    arguments + " >" + File("stdout") + " 2>" + File("stderr");
+        const int status = std::system(command.c_str());
+        m_output = Contents(File("stdout"));
+        m_error = Contents(File("stderr"));
+        m_vtu = Contents(File("out/temperature.vtu"));
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    // A number of the printed table.
+    double Figure(const std::string& name) const {
+        const std::size_t line = m_output.find("\n  " + name + " ");
+        if (line == m_output.npos) return NAN;
+        return std::stod(m_output.substr(line + 3 + name.size()));
+    }
+
+    // 100 degrees at x = 0 fall evenly to 20 degrees at x = 4.
+    void ExpectLinearAlongX() const {
+        const auto position = ArrayOf<double>(m_vtu, "position");
+        const auto temperature = ArrayOf<double>(m_vtu, "temperature");
+        ASSERT_FALSE(temperature.empty());
+        ASSERT_EQ(position.size(), 3 * temperature.size());
+        for (std::size_t i = 0; i < temperature.size(); ++i) {
+            ASSERT_NEAR(temperature[i], 100 - 20 * position[3 * i], 1e-8) << "node " << i;
+        }
+        // Conductivity times area over length times the difference, in mm.
+        EXPECT_NEAR(Figure("heat in"), 50e-3 * 1.0 / 4 * 80, 1e-6);
+        EXPECT_LT(Figure("relative difference"), 1e-6);
+    }
+
+    std::string m_folder, m_output, m_error, m_vtu;
+};
+
+}  // namespace
+
+TEST_F(HeatTest, BoxGetsTheExactLinearFieldFromFilesOfEveryKind) {
+    WriteBoxMesh(File("old.msh"), {});
+    WriteBoxMesh(File("new.msh"), {.isVersion4 = true});
+    WriteBoxStl(File("box.stl"), true);
+    WriteBoxBrep(File("box.brep"));
+    for (const char* name : {"old.msh", "new.msh", "box.stl", "box.brep"}) {
+        SCOPED_TRACE(name);
+        ASSERT_EQ(Run(File(name) + " --size 0.3"), 0) << m_error;
+        EXPECT_EQ(m_error, "");
+        ExpectLinearAlongX();
+        EXPECT_EQ(Contents(File("out/temperature.png")).substr(1, 3), "PNG");
+    }
+}
+
+TEST_F(HeatTest, LabelsInClustersUpToTheLargestIntGiveTheSameField) {
+    const auto clustered = [](int place) -> long long {
+        constexpr long long kBases[] = {1, 8190, 1048570, 1LL << 30, INT_MAX - 7};
+        return kBases[place / 50] + place % 50;  // the last of 208 places gets INT_MAX
+    };
+    for (const bool isVersion4 : {false, true}) {
+        SCOPED_TRACE(isVersion4);
+        WriteBoxMesh(File("box.msh"), {.label = clustered, .isVersion4 = isVersion4});
+        ASSERT_EQ(Run(File("box.msh")), 0) << m_error;
+        ExpectLinearAlongX();
+        std::set<int> expected;
+        for (int place = 0; place < 208; ++place)
+            expected.insert(static_cast<int>(clustered(place)));
+        const auto labels = ArrayOf<int>(m_vtu, "label");
+        EXPECT_EQ(std::set<int>(labels.begin(), labels.end()), expected);
+    }
+}
+
+TEST_F(HeatTest, HeatThroughTheRealPartBalances) {
+    ASSERT_EQ(std::system(("gzip -dc " HEAT_PART " >" + File("part.step")).c_str()), 0)
+        << "the part comes with package gmsh-doc; KZM_HEAT_PART says where it is";
+    ASSERT_EQ(Run(File("part.step") + " --size 3 --hot 80 --cold -10"), 0) << m_error;
+    EXPECT_GT(Figure("heat in"), 0);
+    EXPECT_LT(Figure("relative difference"), 1e-6);
+    EXPECT_NEAR(Figure("lowest temperature"), -10, 1e-4);
+    EXPECT_NEAR(Figure("highest temperature"), 80, 1e-4);
+    EXPECT_EQ(static_cast<std::size_t>(Figure("nodes")),
+              ArrayOf<double>(m_vtu, "temperature").size());
+}
+
+TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
+    const auto write = [&](const char* name, const char* text) {
+        std::ofstream(File(name)) << text;
+    };
+    write("text.txt", "hello\n");
+    write("text.step", "hello\n");
+    write("cut.step", "ISO-10303-21;\nHEADER;\n");
+    write("text.msh", "SystemCall \"touch here\";\n");
+    write("empty.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n0\n$EndNodes\n");
+    write("cut.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n9\n1 0 0 0\n");
+    write("empty.stl", "solid none\nendsolid none\n");
+    WriteBoxStl(File("open.stl"), false);
+    WriteBoxStl(File("closed.stl"), true);
+    WriteBoxMesh(File("box.msh"), {});
+    WriteBoxMesh(File("zero.msh"), {.label = [](int place) { return place; }});
+    WriteBoxMesh(File("large.msh"),
+                 {.label = [](int place) { return 4294967297LL + place; }, .isVersion4 = true});
+    WriteBoxMesh(File("wrapped.msh"), {.label = [](int place) { return 4294967297LL + place; }});
+    WriteBoxMesh(File("twice.msh"), {.label = [](int place) { return 1 + place % 207; }});
+    const std::string box = File("box.msh");
+    const std::string cases[][2] = {
+        {File("missing.step"), "missing"},
+        {m_folder, "not a file"},
+        {File("text.txt"), "neither a CAD file"},
+        {File("text.step"), "not a STEP file"},
+        {File("cut.step"), "cannot be read"},
+        {File("text.msh"), "not an MSH file"},
+        {File("empty.msh"), "no surface"},
+        {File("cut.msh"), "in the middle"},
+        {File("empty.stl"), ""},
+        {File("open.stl"), "not closed"},
+        {File("zero.msh"), "labelled 0;"},
+        {File("large.msh"), "labelled 4294967297;"},
+        {File("wrapped.msh"), "labelled 4294967297;"},
+        {File("twice.msh"), "two nodes labelled 1"},
+        {"", "no part"},
+        {box + " --size 0", "above zero"},
+        {box + " --size -1", "above zero"},
+        {box + " --size thick", "takes a number"},
+        {box + " --size 1e400", "takes a number"},
+        {box + " --size", "needs a value"},
+        {box + " --hot 10 --cold 10", "above --cold"},
+        {box + " --colour red", "unknown option"},
+        {box + " --out " + box + "/under", "cannot write"},
+        {box + " --out /proc/none", "cannot write"},
+        {File("closed.stl") + " --size 1e-4", "too small"},
+    };
+    for (const auto& [arguments, message] : cases) {
+        SCOPED_TRACE(arguments);
+        EXPECT_EQ(Run(arguments), 1);
+        EXPECT_EQ(std::count(m_error.begin(), m_error.end(), '\n'), 1) << m_error;
+        EXPECT_NE(m_error.find(message), m_error.npos) << m_error;
+        EXPECT_FALSE(fs::exists(File("out")));
+    }
+    EXPECT_FALSE(fs::exists(File("here")));
+}
+
+// A folder stands where the picture should go: the other result must not appear alone.
+TEST_F(HeatTest, ResultsAppearTogetherOrNotAtAll) {
+    WriteBoxMesh(File("box.msh"), {});
+    fs::create_directories(File("out/temperature.png"));
+    EXPECT_EQ(Run(File("box.msh")), 1);
+    const auto entries = fs::directory_iterator(File("out"));
+    EXPECT_EQ(std::distance(fs::begin(entries), fs::end(entries)), 1);
+}
