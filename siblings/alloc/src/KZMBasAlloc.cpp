@@ -2,6 +2,7 @@
 #include <alloc/KZMBasMemPoolCow.h>
 
 #include "mem_RegistryAccess.h"
+#include "tiny_heap.h"
 
 namespace {
 constinit unsigned g_starts = 0;
@@ -10,6 +11,7 @@ constinit unsigned g_starts = 0;
 void KZMBasAlloc_initialize(int& count) {
     if (g_starts++ != 0) return;
     ++count;
+    tiny_heap::Start();
     mem_RegistryAccess::Open();
 }
 
@@ -18,4 +20,5 @@ void KZMBasAlloc_finalize(int& count) {
     --count;
     KZMBasMemPoolCow::FinalizeIfCreated();
     mem_RegistryAccess::Close();
+    tiny_heap::Stop();
 }

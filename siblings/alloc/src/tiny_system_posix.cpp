@@ -1,0 +1,53 @@
+#include "tiny_system.h"
+
+#include <pthread.h>
+#include <sys/mman.h>
+
+#include <cstdint>
+
+namespace {
+
+constinit pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
+constinit pthread_key_t g_threadEnd = 0;
+
+void OnThreadEnd(void* cache) {
+    auto* const ending = static_cast<tiny_heap::ThreadCache*>(cache);
+    ending->m_ended = true;
+    tiny_heap::ThreadEnds(*ending);
+}
+
+}  // namespace
+
+namespace tiny_heap {
+constinit thread_local ThreadCache t_cache{};
+}
+
+namespace tiny_system {
+
+char* Reserve(std::size_t size, std::size_t alignment) {
+    void* const got = mmap(nullptr, size + alignment, PROT_NONE,
+                           MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+    if (got == MAP_FAILED) return nullptr;
+    char* const from = static_cast<char*>(got);
+    const std::size_t before = (0 - reinterpret_cast<std::uintptr_t>(from)) & (alignment - 1);
+    if (before > 0) munmap(from, before);
+    munmap(from + before + size, alignment - before);
+    return from + before;
+}
+
+bool Commit(char* at, std::size_t size) { return mprotect(at, size, PROT_READ | PROT_WRITE) == 0; }
+void Release(char* region, std::size_t size) { munmap(region, size); }
+
+void Lock() { pthread_mutex_lock(&g_lock); }
+void Unlock() { pthread_mutex_unlock(&g_lock); }
+
+bool WatchThreads() { return pthread_key_create(&g_threadEnd, &OnThreadEnd) == 0; }
+void UnwatchThreads() { pthread_key_delete(g_threadEnd); }
+
+tiny_heap::ThreadCache* AttachCache() {
+    tiny_heap::ThreadCache* const cache = &tiny_heap::t_cache;
+    if (cache->m_ended || pthread_setspecific(g_threadEnd, cache) != 0) return nullptr;
+    return cache;
+}
+
+}  // namespace tiny_system
