@@ -53,10 +53,12 @@ public:
     }
 
     void SetBit(unsigned int i) {
-        if (unsigned int* const word = Word(i))
-            OrWord(*word, 1u << (i & 31));
-        else
-            SetBitOfNewBlock(i);
+        unsigned int* const word = Word(i);
+        if (!word) return SetBitOfNewBlock(i);
+        const unsigned int mask = 1u << (i & 31);
+        if (*word & mask) return;
+        *word |= mask;
+        ++m_bitCount;
     }
 
     // Keeps the block, also when it becomes empty.

@@ -32,7 +32,7 @@ public:
 
     bool Next(unsigned int& i) {
         if (m_word) {
-            const unsigned int above = *m_word & ~(m_mask | (m_mask - 1));
+            const unsigned int above = *m_word & (0u - (m_mask << 1));
             if (above) return Stand(std::countr_zero(above), i);
         }
         return NextWord(i);
