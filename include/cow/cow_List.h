@@ -1,0 +1,319 @@
+#pragma once
+#include <alloc/mem_alloc.h>
+#include <cow/cow_ListConstIterator.h>
+#include <kzm_export.h>
+
+#include <algorithm>
+#include <compare>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <initializer_list>
+#include <iterator>
+#include <new>
+#include <utility>
+
+template <class T>
+class cow_FixedArray;
+class atr_String;
+class cow_String;
+
+// Says that a list is to be made ready for n elements: cow_List<int> list(cow_ListConstruct(), n).
+struct cow_ListConstruct {
+    explicit cow_ListConstruct() = default;
+};
+
+// One block of a list: 2^shift elements, shared by every block table that refers to it. The list
+// knows the shift. Elements that need construction are all constructed, also those outside the
+// list; the others start uninitialised. Head and elements are one block of mem_Malloc.
+template <class T>
+class cow_ListBlock {
+    template <class>
+    friend class cow_List;
+    template <class>
+    friend class cow_ListConstIterator;
+    friend struct kzm_Layout;
+    friend struct kzm_ListView;
+
+    explicit cow_ListBlock(T* data) : m_count(1), m_data(data) {}
+
+    // Elements first..last-1 are copies of those of `from` at the same places.
+    static cow_ListBlock* New(int shift, const T* from = nullptr, int first = 0, int last = 0);
+    void Release(int shift) {
+        if (--m_count == 0) Delete(shift);
+    }
+    void Delete(int shift);
+
+    std::int32_t m_count;  // tables that refer to the block; plain, as every count of a value
+    T* m_data;
+};
+
+// Growable sequence that is passed by value. A copy costs six fields and an increment; it shares
+// first the table of blocks, then, after the first write, every block that neither side has
+// written. Growth at either end never moves elements. Choose it for sequences that are handed on,
+// kept as snapshots or extended at both ends; for a private scratch array std::vector is faster.
+//
+// Cost: Append, Prepend, Get and RemoveLast O(1) on a private list; the first write after a copy
+// adds O(blocks) for the table, each first write to a shared block O(block). Inserting and removing
+// inside is O(elements behind). Lists start with blocks of 16 elements; pre-sized for n >= 256, a
+// block has between n/16 and n/8.
+//
+// References and begin()/end() iterators stay valid while the list grows and end with the next
+// write to their element's block by a sharing list, with removal and with the list. A reference
+// from Get() must not be written through after the list has been copied: the copy would change too.
+//
+// Arguments may be elements or storage of the list itself. A bad index ends the process (abort). On
+// exhaustion, also when a length or position would pass 2147483647, std::bad_alloc is thrown and
+// the list holds what it held before. One thread at a time for a list and all its copies.
+//
+// T is copied and default-constructed. If its copying can throw, a list that is being filled,
+// inserted into or removed from may keep some elements twice; it stays valid.
+template <class T>
+class cow_List {
+    using Block = cow_ListBlock<T>;
+
+public:
+    using value_type = T;
+    using size_type = std::size_t;
+    using difference_type = std::ptrdiff_t;
+    using reference = const T&;
+    using const_reference = const T&;
+    using iterator = cow_ListConstIterator<T>;
+    using const_iterator = cow_ListConstIterator<T>;
+
+    cow_List() { Initialize(0); }
+    cow_List(cow_ListConstruct, int n) { Initialize(n); }  // empty; a hint, not a limit
+    cow_List(const T& a) : cow_List(cow_ListConstruct(), 1) { Append(a); }
+    cow_List(const T& a, const T& b) : cow_List(cow_ListConstruct(), 2) { Append(a).Append(b); }
+    cow_List(const T& a, const T& b, const T& c) : cow_List(cow_ListConstruct(), 3) {
+        Append(a).Append(b).Append(c);
+    }
+    cow_List(const T& a, const T& b, const T& c, const T& d) : cow_List(cow_ListConstruct(), 4) {
+        Append(a).Append(b).Append(c).Append(d);
+    }
+    cow_List(const T& a, const T& b, const T& c, const T& d, const T& e)
+        : cow_List(cow_ListConstruct(), 5) {
+        Append(a).Append(b).Append(c).Append(d).Append(e);
+    }
+    cow_List(std::initializer_list<T> elements)
+        : cow_List(cow_ListConstruct(), CheckedCount(elements.size())) {
+        SetFromArray(elements.begin(), static_cast<int>(elements.size()));
+    }
+    // Two arguments that convert to T are two elements, also if they are pointers.
+    template <std::input_iterator It>
+    requires(!std::convertible_to<It, T> && std::convertible_to<std::iter_reference_t<It>, T>)
+        cow_List(It first, It last)
+        : cow_List(cow_ListConstruct(), CountOf(first, last)) {
+        for (; first != last; ++first) Append(*first);
+    }
+    cow_List(const cow_List& other) noexcept
+        : m_length(other.m_length),
+          m_tableSlots(other.m_tableSlots),
+          m_blockShift(other.m_blockShift),
+          m_offset(other.m_offset),
+          m_tableCount(other.m_tableCount),
+          m_table(other.m_table) {
+        ++*m_tableCount;
+    }
+    cow_List& operator=(const cow_List& other) noexcept {
+        cow_List copy(other);
+        Swap(copy);
+        return *this;
+    }
+    ~cow_List() { ReleaseTable(); }
+
+    int Length() const { return m_length; }
+
+    // No copying, O(1).
+    const T& ConstGet(int i) const {
+        CheckIndex(i);
+        return UncheckedConstGet(i);
+    }
+    const T& UncheckedConstGet(int i) const { return *Cell(i); }
+    const T& Last() const { return ConstGet(m_length - 1); }
+
+    // For writing: makes table and block private first, also if the element is then only read.
+    T& Get(int i) {
+        CheckIndex(i);
+        return UncheckedGet(i);
+    }
+    T& UncheckedGet(int i) {
+        Block* const* const entry = m_table + ((m_offset + i) >> m_blockShift);
+        if (*m_tableCount != 1 || !*entry || (*entry)->m_count != 1) [[unlikely]]
+            MakeWritable(i);
+        return *Cell(i);
+    }
+
+    void CheckIndex(int i) const {
+        if (static_cast<unsigned>(i) >= static_cast<unsigned>(m_length)) RaiseOutOfRange();
+    }
+    [[noreturn]] static void RaiseOutOfRange();  // abort()
+
+    // Constant iterators: reading through them never copies. O(1) per step.
+    const_iterator begin() const { return const_iterator(*this, 0); }
+    const_iterator end() const { return const_iterator(*this, m_length); }
+
+    bool IsMember(const T& v) const { return FindMember(v) >= 0; }
+    int FindMember(const T& v) const;  // the first index, -1 where there is none
+
+    // Element by element with ==, even between copies: a list with a NaN does not equal itself.
+    bool IsEqual(const cow_List& other) const;
+
+    // The elements that are not in other, in this list's order and with its repeats.
+    cow_List Difference(const cow_List& other) const;
+
+    // Elements first..first+n-1, which must exist; n <= 0 gives an empty list. From one block on
+    // the result shares the blocks of this list, so it costs O(n / block) and keeps them alive.
+    cow_List Slice(int first, int n) const;
+
+    // A fresh array of copies, n of them, null for an empty list. The caller owns it and hands it
+    // back with ReleaseCArray.
+    T* GetCArray(int& n) const;
+    static void ReleaseCArray(T* elements, int n);
+
+    // The slot behind the last element is nearly always there and private; the test for the table
+    // is that Resize would leave it as it is.
+    cow_List& Append(const T& v) {
+        const int position = m_offset + m_length;
+        const int slot = position >> m_blockShift;
+        if (*m_tableCount == 1 && (slot | 15) == m_tableSlots - 1 && position != kLastPosition)
+            [[likely]] {
+            const Block* const block = m_table[slot];
+            if (block && block->m_count == 1) [[likely]] {
+                block->m_data[position - (slot << m_blockShift)] = v;
+                ++m_length;
+                return *this;
+            }
+        }
+        return AppendToNewSlot(v);
+    }
+    cow_List& AppendUnlessMember(const T& v) { return IsMember(v) ? *this : Append(v); }
+    cow_List& Prepend(const T& v);
+    cow_List& InsertIndex(int i, const T& v);  // v becomes element i; i is at most Length()
+    cow_List& Concatenate(const cow_List& other);
+
+    // The list becomes n elements; a negative n ends the process.
+    cow_List& Fill(int n, const T& v);
+    cow_List& SetFromArray(const T* a, int n);
+
+    // Cuts the list to n elements. Above Length() it only makes room for n and the length stays. An
+    // emptied list forgets its block size. A negative n ends the process.
+    cow_List& Resize(int n);
+
+    cow_List& RemoveIndex(int i);
+    cow_List& RemoveLast();
+    cow_List& RemoveMember(const T& v);  // the first occurrence, if there is one
+    T Pop();
+
+    // Ascending by SortCmp. Equal elements, and those that < does not order such as NaN, end in no
+    // particular order. O(n log n), with a scratch array of n elements.
+    cow_List& Sort();
+    static int SortCmp(const void* a, const void* b);  // of two T: -1, 0 or +1, for qsort
+
+protected:
+    void Initialize(int n);           // on raw fields; for constructors
+    void CopyArray();                 // makes the table private
+    void IsolateRange(int a, int b);  // makes the blocks of elements a..b private; -1 after Prefix
+    void Prefix();                    // makes room before element 0
+
+private:
+    template <class>
+    friend class cow_ListConstIterator;
+    template <class>
+    friend class cow_ListIter;
+    friend struct kzm_Layout;
+    friend struct kzm_ListView;
+
+    static constexpr int kLastPosition = 2147483647;
+
+    T* Cell(int i) const {
+        const int position = m_offset + i;
+        const int slot = position >> m_blockShift;
+        return m_table[slot]->m_data + (position - (slot << m_blockShift));
+    }
+    // The address of element i, in `run` how many of at most n elements lie side by side there.
+    T* Run(int i, int n, int& run) const {
+        const int room = (1 << m_blockShift) - ((m_offset + i) & ((1 << m_blockShift) - 1));
+        run = n < room ? n : room;
+        return Cell(i);
+    }
+
+    void ReleaseTable() {
+        if (--*m_tableCount == 0) DeleteTable();
+    }
+    void DeleteTable();
+    void Swap(cow_List& other) noexcept {
+        std::swap(m_length, other.m_length);
+        std::swap(m_tableSlots, other.m_tableSlots);
+        std::swap(m_blockShift, other.m_blockShift);
+        std::swap(m_offset, other.m_offset);
+        std::swap(m_tableCount, other.m_tableCount);
+        std::swap(m_table, other.m_table);
+    }
+
+    static int CheckedCount(std::size_t n) {
+        if (n > static_cast<std::size_t>(kLastPosition)) throw std::bad_alloc();
+        return static_cast<int>(n);
+    }
+    template <class It>
+    static int CountOf(const It& first, const It& last) {
+        if constexpr (std::forward_iterator<It>)
+            return CheckedCount(static_cast<std::size_t>(std::distance(first, last)));
+        else
+            return 0;
+    }
+
+    static std::size_t TableBytes(int slots);
+    static Block** NewTable(int slots);
+    int SlotsFor(std::int64_t n) const;
+    cow_List EmptyLikeThis() const;
+    Block* CopyOfBlock(int slot, int length) const;
+    void MakeWritable(int i);
+    void Grow(std::int64_t n);
+    Block** TableFor(int n) const;
+    void Truncate(int n, Block** table);
+    cow_List& AppendToNewSlot(const T& v);
+    cow_List& AppendElements(const cow_List& other, int first, int n);
+    template <class Write>
+    cow_List& Overwrite(int n, const Write& write);
+
+    std::int32_t m_length;
+    std::int32_t m_tableSlots;
+    std::int32_t m_blockShift;   // log2 of the elements per block
+    std::int32_t m_offset;       // storage position of element 0
+    std::int32_t* m_tableCount;  // lists that share the table; a block of its own, never null
+    Block** m_table;             // m_tableSlots entries, null where no block is; null for 0
+};
+
+template <class T>
+bool operator==(const cow_List<T>& a, const cow_List<T>& b) {
+    return a.IsEqual(b);
+}
+template <class T>
+bool operator!=(const cow_List<T>& a, const cow_List<T>& b) {
+    return !a.IsEqual(b);
+}
+
+// Lexicographic, for elements that have <=>.
+template <class T>
+requires std::three_way_comparable<T>
+auto operator<=>(const cow_List<T>& a, const cow_List<T>& b) {
+    return std::lexicographical_compare_three_way(a.begin(), a.end(), b.begin(), b.end());
+}
+
+// The element types whose lists the library holds, in groups that are compiled side by side.
+#define COW_LIST_NUMBERS(X) X(bool) X(int) X(unsigned int) X(float) X(double) X(std::int64_t)
+#define COW_LIST_VALUES(X) X(cow_String) X(atr_String) X(cow_FixedArray<double>)
+#define COW_LIST_LISTS(X)     \
+    X(cow_List<int>)          \
+    X(cow_List<unsigned int>) \
+    X(cow_List<float>)        \
+    X(cow_List<double>)       \
+    X(cow_List<cow_String>)
+#define COW_LIST_ELEMENTS(X) COW_LIST_NUMBERS(X) COW_LIST_VALUES(X) COW_LIST_LISTS(X)
+
+#define COW_DECLARE_LIST(...)               \
+    KZM_DECLARE(cow_ListBlock<__VA_ARGS__>) \
+    KZM_DECLARE(cow_List<__VA_ARGS__>)
+COW_LIST_ELEMENTS(COW_DECLARE_LIST)
+#undef COW_DECLARE_LIST

@@ -1,0 +1,534 @@
+#pragma once
+#include <coreutils/atr_StringBase.h>
+#include <cow/cow_List.h>
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+// Whether qsort may exchange elements as bytes: true for what holds no pointer into itself.
+template <class T>
+inline constexpr bool cow_kMovesAsBytes =
+    std::is_trivially_copyable_v<T> || std::is_base_of_v<atr_StringBase, T>;
+template <class T>
+inline constexpr bool cow_kMovesAsBytes<cow_List<T>> = true;
+template <class T>
+inline constexpr bool cow_kMovesAsBytes<cow_FixedArray<T>> = true;
+
+struct cow_FreeBlock {
+    void operator()(void* block) const { mem_Free(block); }
+};
+
+template <class T>
+cow_ListBlock<T>* cow_ListBlock<T>::New(int shift, const T* from, int first, int last) {
+    static_assert(alignof(T) <= alignof(std::max_align_t));
+    constexpr std::size_t kHead =
+        (sizeof(cow_ListBlock) + alignof(T) - 1) / alignof(T) * alignof(T);
+    const std::size_t size = std::size_t{1} << shift;
+    if (size > (std::numeric_limits<std::size_t>::max() - kHead) / sizeof(T))
+        throw std::bad_alloc();
+    std::unique_ptr<void, cow_FreeBlock> memory(mem_Malloc(kHead + size * sizeof(T)));
+    T* const data = reinterpret_cast<T*>(static_cast<char*>(memory.get()) + kHead);
+    if constexpr (std::is_trivially_copyable_v<T>) {
+        if (first < last)
+            std::memcpy(data + first, from + first,
+                        static_cast<std::size_t>(last - first) * sizeof(T));
+    } else {
+        const T blank = T();
+        std::size_t made = 0;
+        try {
+            for (; made < size; ++made) {
+                const int i = static_cast<int>(made);
+                ::new (data + made) T(first <= i && i < last ? from[made] : blank);
+            }
+        } catch (...) {
+            std::destroy_n(data, made);
+            throw;
+        }
+    }
+    return ::new (memory.release()) cow_ListBlock(data);
+}
+
+template <class T>
+void cow_ListBlock<T>::Delete(int shift) {
+    std::destroy_n(m_data, std::size_t{1} << shift);
+    mem_Free(this);
+}
+
+template <class T>
+void cow_List<T>::RaiseOutOfRange() {
+    std::abort();
+}
+
+template <class T>
+int cow_List<T>::FindMember(const T& v) const {
+    for (int i = 0, run; i < m_length; i += run) {
+        const T* const items = Run(i, m_length - i, run);
+        const T* const found = std::find(items, items + run, v);
+        if (found != items + run) return i + static_cast<int>(found - items);
+    }
+    return -1;
+}
+
+template <class T>
+bool cow_List<T>::IsEqual(const cow_List& other) const {
+    if (m_length != other.m_length) return false;
+    for (int i = 0, run; i < m_length; i += run) {
+        const T* const theirs = other.Run(i, m_length - i, run);
+        const T* const ours = Run(i, run, run);
+        if (!std::equal(ours, ours + run, theirs)) return false;
+    }
+    return true;
+}
+
+template <class T>
+cow_List<T> cow_List<T>::Difference(const cow_List& other) const {
+    cow_List result;
+    for (const T& each : *this)
+        if (!other.IsMember(each)) result.Append(each);
+    return result;
+}
+
+template <class T>
+cow_List<T> cow_List<T>::Slice(int first, int n) const {
+    if (n <= 0) return cow_List();
+    CheckIndex(first);
+    if (n > m_length - first) RaiseOutOfRange();
+    if (n == m_length) return *this;
+    if (n < 1 << m_blockShift)
+        return cow_List(cow_ListConstruct(), n).AppendElements(*this, first, n);
+    cow_List slice = EmptyLikeThis();
+    const int firstSlot = (m_offset + first) >> m_blockShift;
+    const int slots = ((m_offset + first + n - 1) >> m_blockShift) - firstSlot + 1;
+    slice.m_offset = m_offset + first - (firstSlot << m_blockShift);
+    slice.Grow(n);
+    std::copy_n(m_table + firstSlot, slots, slice.m_table);
+    for (int slot = 0; slot < slots; ++slot) ++slice.m_table[slot]->m_count;
+    slice.m_length = n;
+    return slice;
+}
+
+template <class T>
+T* cow_List<T>::GetCArray(int& n) const {
+    n = m_length;
+    if (n == 0) return nullptr;
+    const std::size_t count = static_cast<std::size_t>(n);
+    if (count > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_alloc();
+    std::unique_ptr<void, cow_FreeBlock> memory(mem_Malloc(count * sizeof(T)));
+    T* const elements = static_cast<T*>(memory.get());
+    int i = 0;
+    try {
+        for (int run; i < n; i += run) {
+            const T* const items = Run(i, n - i, run);
+            std::uninitialized_copy_n(items, run, elements + i);
+        }
+    } catch (...) {
+        std::destroy_n(elements, i);
+        throw;
+    }
+    memory.release();
+    return elements;
+}
+
+template <class T>
+void cow_List<T>::ReleaseCArray(T* elements, int n) {
+    std::destroy_n(elements, n);
+    mem_Free(elements);
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::AppendToNewSlot(const T& v) {
+    Grow(std::int64_t{m_length} + 1);
+    IsolateRange(m_length, m_length);
+    *Cell(m_length) = v;
+    ++m_length;
+    return *this;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::Prepend(const T& v) {
+    Prefix();
+    IsolateRange(-1, -1);
+    *Cell(-1) = v;
+    --m_offset;
+    ++m_length;
+    return *this;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::InsertIndex(int i, const T& v) {
+    if (i == 0) return Prepend(v);
+    if (i == m_length) return Append(v);
+    CheckIndex(i);
+    const T value = v;
+    Grow(std::int64_t{m_length} + 1);
+    IsolateRange(i, m_length);
+    const int blockMask = (1 << m_blockShift) - 1;
+    for (int gap = m_length; gap > i;) {
+        T* const cell = Cell(gap);
+        const int run = std::min(gap - i, (m_offset + gap) & blockMask);
+        std::move_backward(cell - run, cell, cell + 1);
+        gap -= run;
+        if (gap > i) {
+            *Cell(gap) = std::move(*Cell(gap - 1));
+            --gap;
+        }
+    }
+    *Cell(i) = value;
+    ++m_length;
+    return *this;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::Concatenate(const cow_List& other) {
+    return AppendElements(other, 0, other.m_length);
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::AppendElements(const cow_List& other, int first, int n) {
+    Grow(std::int64_t{m_length} + n);
+    if (n == 0) return *this;
+    IsolateRange(m_length, m_length + n - 1);
+    for (int done = 0, run; done < n; done += run) {
+        const T* const from = other.Run(first + done, n - done, run);
+        T* const to = Run(m_length + done, run, run);
+        std::copy_n(from, run, to);
+    }
+    m_length += n;
+    return *this;
+}
+
+// Makes the list n elements, each run of them set by write(to, run, i). The old elements are there
+// until the last run is written, and a shared list is built aside rather than copied first.
+template <class T>
+template <class Write>
+cow_List<T>& cow_List<T>::Overwrite(int n, const Write& write) {
+    if (n < 0) RaiseOutOfRange();
+    if (*m_tableCount > 1) {
+        cow_List fresh = EmptyLikeThis();
+        fresh.Overwrite(n, write);
+        Swap(fresh);
+        return *this;
+    }
+    if (n == 0) return Resize(0);
+    const bool shrinks = n < m_length;
+    if (!shrinks) Grow(n);
+    IsolateRange(0, n - 1);
+    Block** const table = shrinks ? TableFor(n) : nullptr;
+    std::unique_ptr<Block*, cow_FreeBlock> guard(table);
+    for (int i = 0, run; i < n; i += run) {
+        T* const to = Run(i, n - i, run);
+        write(to, run, i);
+    }
+    if (shrinks)
+        Truncate(n, guard.release());
+    else
+        m_length = n;
+    return *this;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::Fill(int n, const T& v) {
+    const T value = v;
+    return Overwrite(n, [&](T* to, int run, int) { std::fill_n(to, run, value); });
+}
+
+// Where the elements come from this list, each is written at its own place or before it, so that
+// going forward never reads what has been written.
+template <class T>
+cow_List<T>& cow_List<T>::SetFromArray(const T* a, int n) {
+    return Overwrite(n, [a](T* to, int run, int i) { std::copy_n(a + i, run, to); });
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::Resize(int n) {
+    if (n < 0) RaiseOutOfRange();
+    if (n > m_length || (n == m_length && n != 0)) {
+        Grow(n);
+    } else if (n == 0 && *m_tableCount > 1) {
+        cow_List fresh = EmptyLikeThis();
+        fresh.Resize(0);
+        Swap(fresh);
+    } else {
+        CopyArray();
+        Truncate(n, TableFor(n));
+    }
+    return *this;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::RemoveIndex(int i) {
+    CheckIndex(i);
+    const int last = m_length - 1;
+    if (i == last) return Resize(last);
+    CopyArray();
+    IsolateRange(i, last);
+    Block** const table = TableFor(last);
+    std::unique_ptr<Block*, cow_FreeBlock> guard(table);
+    const int blockMask = (1 << m_blockShift) - 1;
+    for (int gap = i; gap < last;) {
+        T* const cell = Cell(gap);
+        const int run = std::min(last - gap, blockMask - ((m_offset + gap) & blockMask));
+        std::move(cell + 1, cell + 1 + run, cell);
+        gap += run;
+        if (gap < last) {
+            *Cell(gap) = std::move(*Cell(gap + 1));
+            ++gap;
+        }
+    }
+    Truncate(last, guard.release());
+    return *this;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::RemoveLast() {
+    CheckIndex(m_length - 1);
+    return Resize(m_length - 1);
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::RemoveMember(const T& v) {
+    const int i = FindMember(v);
+    return i < 0 ? *this : RemoveIndex(i);
+}
+
+template <class T>
+T cow_List<T>::Pop() {
+    T last = Last();
+    RemoveLast();
+    return last;
+}
+
+template <class T>
+cow_List<T>& cow_List<T>::Sort() {
+    if (m_length == 0) return *this;
+    struct Sorted {
+        int n = 0;
+        T* elements;
+        explicit Sorted(const cow_List& list) : elements(list.GetCArray(n)) {}
+        ~Sorted() { ReleaseCArray(elements, n); }
+    } sorted(*this);
+    if constexpr (cow_kMovesAsBytes<T>)
+        std::qsort(sorted.elements, static_cast<std::size_t>(sorted.n), sizeof(T), SortCmp);
+    else
+        std::sort(sorted.elements, sorted.elements + sorted.n,
+                  [](const T& a, const T& b) { return SortCmp(&a, &b) < 0; });
+    return SetFromArray(sorted.elements, sorted.n);
+}
+
+template <class T>
+int cow_List<T>::SortCmp(const void* a, const void* b) {
+    const T& left = *static_cast<const T*>(a);
+    const T& right = *static_cast<const T*>(b);
+    if constexpr (std::three_way_comparable<T>) {
+        const auto order = left <=> right;
+        return order < 0 ? -1 : order > 0 ? 1 : 0;
+    } else {
+        return left < right ? -1 : right < left ? 1 : 0;
+    }
+}
+
+// The exponent and mantissa are those of n rounded to single precision: just below a power of two
+// that is already the power.
+template <class T>
+void cow_List<T>::Initialize(int n) {
+    m_length = 0;
+    m_tableSlots = 0;
+    m_blockShift = 4;
+    m_offset = 0;
+    m_table = nullptr;
+    std::unique_ptr<void, cow_FreeBlock> count(mem_OperatorNewTinyThrow(sizeof(std::int32_t)));
+    if (n > 0) {
+        const auto bits = std::bit_cast<std::uint32_t>(static_cast<float>(n));
+        const int shift = static_cast<int>(bits >> 23) - 127 - 3;
+        int slots = 16;
+        if (shift > 4) {
+            m_blockShift = shift;
+            slots += 8 + static_cast<int>(((bits & 0x7FFFFF) + 0xFFFFF) >> 20);
+        }
+        m_table = NewTable(slots);
+        m_tableSlots = slots;
+    }
+    m_tableCount = ::new (count.release()) std::int32_t(1);
+}
+
+template <class T>
+void cow_List<T>::CopyArray() {
+    if (*m_tableCount < 2) return;
+    std::unique_ptr<void, cow_FreeBlock> count(mem_OperatorNewTinyThrow(sizeof(std::int32_t)));
+    Block** const table = NewTable(m_tableSlots);
+    for (int slot = 0; slot < m_tableSlots; ++slot) {
+        table[slot] = m_table[slot];
+        if (table[slot]) ++table[slot]->m_count;
+    }
+    --*m_tableCount;
+    m_tableCount = ::new (count.release()) std::int32_t(1);
+    m_table = table;
+}
+
+template <class T>
+void cow_List<T>::IsolateRange(int a, int b) {
+    const int last = (m_offset + b) >> m_blockShift;
+    for (int slot = (m_offset + a) >> m_blockShift; slot <= last; ++slot) {
+        Block*& block = m_table[slot];
+        if (!block) {
+            block = Block::New(m_blockShift);
+        } else if (block->m_count > 1) {
+            Block* const copy = CopyOfBlock(slot, m_length);
+            --block->m_count;
+            block = copy;
+        }
+    }
+}
+
+template <class T>
+void cow_List<T>::Prefix() {
+    if (m_offset != 0) {
+        CopyArray();
+        return;
+    }
+    const std::int64_t blockSize = std::int64_t{1} << m_blockShift;
+    const int used = static_cast<int>((m_length + blockSize - 1) >> m_blockShift);
+    if (used == m_tableSlots)
+        Grow((std::int64_t{used} << m_blockShift) + 1);
+    else
+        CopyArray();
+    const std::int64_t offset = std::int64_t{m_tableSlots - used} << m_blockShift;
+    if (offset + m_length > kLastPosition) throw std::bad_alloc();
+    for (int slot = used; slot < m_tableSlots; ++slot)
+        if (m_table[slot]) m_table[slot]->Release(m_blockShift);
+    std::copy_backward(m_table, m_table + used, m_table + m_tableSlots);
+    std::fill_n(m_table, m_tableSlots - used, nullptr);
+    m_offset = static_cast<int>(offset);
+}
+
+template <class T>
+void cow_List<T>::DeleteTable() {
+    for (int slot = 0; slot < m_tableSlots; ++slot)
+        if (m_table[slot]) m_table[slot]->Release(m_blockShift);
+    mem_Free(m_table);
+    mem_Free(m_tableCount);
+}
+
+// The slots grow by 16, their memory by an eighth: else a long list would copy its table at every
+// sixteenth block.
+template <class T>
+std::size_t cow_List<T>::TableBytes(int slots) {
+    const std::size_t count = static_cast<std::size_t>(slots);
+    const std::size_t step = std::max<std::size_t>(16, std::bit_ceil(count) / 8);
+    return (count + step - 1) / step * step * sizeof(Block*);
+}
+
+template <class T>
+cow_ListBlock<T>** cow_List<T>::NewTable(int slots) {
+    if (slots == 0) return nullptr;
+    Block** const table = static_cast<Block**>(mem_Malloc(TableBytes(slots)));
+    std::fill_n(table, slots, nullptr);
+    return table;
+}
+
+// The slots of a table that Resize(n) leaves.
+template <class T>
+int cow_List<T>::SlotsFor(std::int64_t n) const {
+    const std::int64_t end = m_offset + n;
+    if (end > kLastPosition) throw std::bad_alloc();
+    const int groupShift = m_blockShift + 4;
+    return static_cast<int>((end + (std::int64_t{1} << groupShift) - 1) >> groupShift) * 16;
+}
+
+// A private list without elements or table, with the block size and offset of this one.
+template <class T>
+cow_List<T> cow_List<T>::EmptyLikeThis() const {
+    cow_List empty;
+    empty.m_blockShift = m_blockShift;
+    empty.m_offset = m_offset;
+    return empty;
+}
+
+// Takes those of the first `length` elements of the list that lie in the block.
+template <class T>
+cow_ListBlock<T>* cow_List<T>::CopyOfBlock(int slot, int length) const {
+    const std::int64_t size = std::int64_t{1} << m_blockShift;
+    const std::int64_t first = m_offset - (std::int64_t{slot} << m_blockShift);
+    return Block::New(m_blockShift, m_table[slot]->m_data,
+                      static_cast<int>(std::clamp<std::int64_t>(first, 0, size)),
+                      static_cast<int>(std::clamp<std::int64_t>(first + length, 0, size)));
+}
+
+template <class T>
+void cow_List<T>::MakeWritable(int i) {
+    CopyArray();
+    IsolateRange(i, i);
+}
+
+// Resize where no element goes: a private table with the slots for n elements.
+template <class T>
+void cow_List<T>::Grow(std::int64_t n) {
+    const int slots = SlotsFor(n);
+    CopyArray();
+    for (int slot = slots; slot < m_tableSlots; ++slot) {
+        if (m_table[slot]) m_table[slot]->Release(m_blockShift);
+        m_table[slot] = nullptr;
+    }
+    if (slots == 0) {
+        mem_Free(m_table);
+        m_table = nullptr;
+    } else if (!m_table) {
+        m_table = NewTable(slots);
+    } else {
+        if (TableBytes(slots) != TableBytes(m_tableSlots))
+            m_table = static_cast<Block**>(mem_Realloc(m_table, TableBytes(slots)));
+        if (slots > m_tableSlots)
+            std::fill_n(m_table + m_tableSlots, slots - m_tableSlots, nullptr);
+    }
+    m_tableSlots = slots;
+}
+
+// The memory for the table that Truncate(n) leaves, null if it can stay where it is.
+template <class T>
+cow_ListBlock<T>** cow_List<T>::TableFor(int n) const {
+    const int slots = SlotsFor(n);
+    return TableBytes(slots) == TableBytes(m_tableSlots) ? nullptr : NewTable(slots);
+}
+
+// Resize where elements go, on a private table. Takes ownership of `table`. Throws only if the new
+// last block is shared and cut, and then nothing has changed.
+template <class T>
+void cow_List<T>::Truncate(int n, Block** table) {
+    std::unique_ptr<Block*, cow_FreeBlock> guard(table);
+    const int slots = SlotsFor(n);
+    const std::int64_t end = std::int64_t{m_offset} + n;
+    const int used =
+        n == 0 ? 0
+               : static_cast<int>((end + (std::int64_t{1} << m_blockShift) - 1) >> m_blockShift);
+    if (used > 0) {
+        Block*& last = m_table[used - 1];
+        if (last->m_count > 1 && end < std::int64_t{used} << m_blockShift) {
+            Block* const copy = CopyOfBlock(used - 1, n);
+            --last->m_count;
+            last = copy;
+        }
+    }
+    for (int slot = used; slot < m_tableSlots; ++slot) {
+        if (m_table[slot]) m_table[slot]->Release(m_blockShift);
+        m_table[slot] = nullptr;
+    }
+    m_length = n;
+    if (n == 0) {
+        m_offset = 0;
+        m_blockShift = 4;
+    }
+    if (TableBytes(slots) != TableBytes(m_tableSlots)) {
+        std::copy_n(m_table, std::min(slots, m_tableSlots), table);
+        mem_Free(m_table);
+        m_table = guard.release();
+    } else if (slots > m_tableSlots) {
+        std::fill_n(m_table + m_tableSlots, slots - m_tableSlots, nullptr);
+    }
+    m_tableSlots = slots;
+}
