@@ -41,63 +41,48 @@ protected:
 };
 
 TEST_F(SingletonRegistry, PhasesFinalizeTheirIdsInOrder) {
-    const char* const kAllSecond = "6 7 11 23 8 25 26 12 16 22 17 13 15 18 19 28 29 27 ";
     struct {
-        bool conditions[3];
-        const char* first;
-        const char* secondAfterFirst;
-        const char* secondAlone;
-        const char* leftAfterBoth;
+        SingletonDestructCondition condition;
+        const char* called;  // first phase / then the second / the second alone / left after both
     } const cases[] = {
         {{false, false, false},
-         "20 10 5 2 3 4 9 11 18 21 28 29 ",
-         "6 7 23 8 25 13 15 27 ",
-         "6 7 11 23 8 25 13 15 28 29 27 ",
-         "1 12 14 16 17 19 22 24 26 "},
+         "20 10 5 2 3 4 9 11 18 21 28 29 / 6 7 23 8 25 13 15 27 / "
+         "6 7 11 23 8 25 13 15 28 29 27 / 1 12 14 16 17 19 22 24 26 "},
         {{true, false, false},
-         "20 10 2 3 4 9 11 14 24 18 21 28 29 ",
-         "6 7 23 8 25 13 15 27 ",
-         "6 7 11 23 8 25 13 15 28 29 27 ",
-         "1 5 12 16 17 19 22 26 "},
+         "20 10 2 3 4 9 11 14 24 18 21 28 29 / 6 7 23 8 25 13 15 27 / "
+         "6 7 11 23 8 25 13 15 28 29 27 / 1 5 12 16 17 19 22 26 "},
         {{false, true, false},
-         "1 10 20 5 2 3 4 9 11 18 21 28 29 ",
-         "6 7 23 8 25 26 12 16 22 17 13 15 19 27 ",
-         kAllSecond,
-         "14 24 "},
+         "1 10 20 5 2 3 4 9 11 18 21 28 29 / 6 7 23 8 25 26 12 16 22 17 13 15 19 27 / "
+         "6 7 11 23 8 25 26 12 16 22 17 13 15 18 19 28 29 27 / 14 24 "},
         {{false, false, true},
-         "5 2 3 4 9 11 18 21 28 29 ",
-         "6 7 23 8 25 13 15 27 ",
-         "6 7 11 23 8 25 13 15 18 28 29 27 ",
-         "1 10 12 14 16 17 19 20 22 24 26 "},
+         "5 2 3 4 9 11 18 21 28 29 / 6 7 23 8 25 13 15 27 / "
+         "6 7 11 23 8 25 13 15 18 28 29 27 / 1 10 12 14 16 17 19 20 22 24 26 "},
         {{true, true, true},
-         "1 10 2 3 4 9 11 14 24 18 21 28 29 ",
-         "6 7 23 8 25 26 12 16 22 17 13 15 19 27 ",
-         kAllSecond,
-         "5 20 "},
+         "1 10 2 3 4 9 11 14 24 18 21 28 29 / 6 7 23 8 25 26 12 16 22 17 13 15 19 27 / "
+         "6 7 11 23 8 25 26 12 16 22 17 13 15 18 19 28 29 27 / 5 20 "},
     };
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.first);
-        const auto restart = [&each] {
+    for (const auto& [condition, called] : cases) {
+        const auto restart = [&wanted = condition] {
             omi_SingletonBase<KZMBas_SingletonRegistry>::Finalize();
-            SingletonDestructCondition& condition = Registry().Condition();
-            EXPECT_FALSE(condition.condition1 || condition.condition2 || condition.condition3);
-            condition = {each.conditions[0], each.conditions[1], each.conditions[2]};
+            const SingletonDestructCondition fresh = Registry().Condition();
+            EXPECT_FALSE(fresh.condition1 || fresh.condition2 || fresh.condition3);
+            Registry().Condition() = wanted;
             TagAll(std::make_integer_sequence<int, 30>());
             Called();
         };
         restart();
         Run(1);
-        EXPECT_EQ(Called(), each.secondAlone);
+        const std::string secondAlone = Called();
         restart();
         for (const int none : {-1, 2, INT_MAX}) Run(none);
-        EXPECT_EQ(Called(), "");
+        std::string text;
+        for (const int phase : {0, 1}) {
+            Run(phase);
+            text += Called() + "/ ";
+        }
         Run(0);
-        EXPECT_EQ(Called(), each.first);
         Run(1);
-        EXPECT_EQ(Called(), each.secondAfterFirst);
-        Run(0);
-        Run(1);
-        EXPECT_EQ(Leftovers(), each.leftAfterBoth);
+        EXPECT_EQ(text + secondAlone + "/ " + Leftovers(), called);
     }
 }
 

@@ -51,27 +51,19 @@ protected:
     int m_balance = 0;
 };
 
-TEST(StartStopAtLoad, TheLibraryIsStartedSoAClientsStartOnlyCounts) {
-    int count = 0;
-    KZMBasShared_initialize(count);
-    EXPECT_EQ(count, 0);
-    KZMBasShared_finalize(count);
-    EXPECT_EQ(count, 0);
+TEST_F(StartStop, OnlyTheFirstStartAndTheMatchingLastStopAct) {
+    int first = 0, second = 0, last = 0;
+    KZMBasShared_initialize(first);
+    EXPECT_EQ(first, 13);
+    KZMBasShared_initialize(second);
+    KZMBasShared_initializeC();
+    KZMBasShared_finalize(second);
+    KZMBasShared_finalizeC();
+    EXPECT_EQ(second, 0);
     EXPECT_TRUE(Running());
-}
-
-TEST_F(StartStop, OnlyTheFirstStartAndTheMatchingLastStopChangeTheTally) {
-    int count = 0;
-    KZMBasShared_initialize(count);
-    EXPECT_EQ(count, 13);
-    KZMBasShared_initialize(count);
-    KZMBasShared_finalize(count);
-    EXPECT_EQ(count, 13);
-    EXPECT_TRUE(Running());
-    int other = 0;
-    KZMBasShared_finalize(other);  // a tally belongs to its caller
-    EXPECT_EQ(count, 13);
-    EXPECT_EQ(other, -13);
+    KZMBasShared_finalize(last);  // a tally belongs to its caller
+    EXPECT_EQ(first, 13);
+    EXPECT_EQ(last, -13);
     EXPECT_FALSE(Running());
 }
 
@@ -105,18 +97,6 @@ TEST_F(StartStop, AStopTooManyIsIgnoredAndSwallowsTheNextStart) {
     EXPECT_EQ(count, 13);
     KZMBasShared_finalize(count);
     EXPECT_EQ(count, 0);
-}
-
-TEST_F(StartStop, CallersInCNestWithTheOthers) {
-    int count = 0;
-    KZMBasShared_initializeC();
-    EXPECT_TRUE(Running());
-    KZMBasShared_initialize(count);
-    KZMBasShared_finalizeC();
-    EXPECT_EQ(count, 0);
-    EXPECT_TRUE(Running());
-    KZMBasShared_finalize(count);
-    EXPECT_FALSE(Running());
 }
 
 TEST_F(StartStop, SingletonsAreMadeOnUseAndEndInOneOrder) {
@@ -177,41 +157,33 @@ TEST_F(StartStop, AStartWithoutMemoryLeavesTheLibraryStopped) {
                               });
 }
 
-TEST_F(StartStop, OnlyOneSpellingAsksToIgnoreTraps) {
+TEST_F(StartStop, TheEnvironmentIsReadAtEachStart) {
     struct {
-        Text before;
+        Text ignore;
         bool ignored;
-        Text after;
-    } const cases[] = {{"1", true, "0"},      {"0", false, "0"},   {"01", false, "01"},
-                       {"yes", false, "yes"}, {"1 ", false, "1 "}, {{}, false, {}}};
-    for (const auto& [before, ignored, after] : cases) {
-        SCOPED_TRACE(before.value_or("unset"));
+        Text ignoreAfter;
+        Text level;
+        int levelRead;
+    } const cases[] = {{"1", true, "0", "7", 7},
+                       {"0", false, "0", "abc", 0},
+                       {"01", false, "01", " -3x", -3},
+                       {"yes", false, "yes", {}, -3},
+                       {"1 ", false, "1 ", "99999999999999999999", INT_MAX},
+                       {{}, false, {}, "0", 0}};
+    for (const auto& [ignore, ignored, ignoreAfter, level, levelRead] : cases) {
+        SCOPED_TRACE(ignore.value_or("unset"));
         omn_ignoreFPESetting(false);
-        platform::SetEnvironment("KVL_IGNORE_FPE", before ? before->c_str() : nullptr);
+        platform::SetEnvironment("KVL_IGNORE_FPE", ignore ? ignore->c_str() : nullptr);
+        platform::SetEnvironment("KRV_PARALLEL_DEBUG", level ? level->c_str() : nullptr);
         const unsigned applied = omn_currentFPEState().applied;
         int count = 0;
         KZMBasShared_initialize(count);
         EXPECT_EQ(omn_currentFPEState().ignored, ignored);
         EXPECT_EQ(omn_currentFPEState().applied, applied + 1);
-        EXPECT_EQ(Environment("KVL_IGNORE_FPE"), after);
+        EXPECT_EQ(Environment("KVL_IGNORE_FPE"), ignoreAfter);
+        EXPECT_EQ(KZMBasParallelDebugLevel(), levelRead);
         KZMBasShared_finalize(count);
     }
-    omn_ignoreFPESetting(false);
-    platform::SetEnvironment("KVL_IGNORE_FPE", nullptr);
-}
-
-TEST_F(StartStop, TheParallelDebugLevelIsReadAtEachStart) {
-    const std::pair<Text, int> cases[] = {
-        {"7", 7}, {"abc", 0}, {" -3x", -3}, {{}, -3}, {"99999999999999999999", INT_MAX}};
-    for (const auto& [text, level] : cases) {
-        SCOPED_TRACE(text.value_or("unset"));
-        platform::SetEnvironment("KRV_PARALLEL_DEBUG", text ? text->c_str() : nullptr);
-        int count = 0;
-        KZMBasShared_initialize(count);
-        EXPECT_EQ(KZMBasParallelDebugLevel(), level);
-        KZMBasShared_finalize(count);
-    }
-    platform::SetEnvironment("KRV_PARALLEL_DEBUG", nullptr);
 }
 
 // A death test of this style runs its statement in a second process of this program.
