@@ -14,11 +14,19 @@ constinit std::uint8_t g_unitsOfChunk[kRegion >> kChunkShift] = {};
 namespace {
 
 constexpr std::size_t kChunk = std::size_t{1} << kChunkShift;
-constexpr unsigned kBatch = 256;        // blocks that a thread gets from a chain at once
+constexpr unsigned kBatch = 256;        // loose blocks that a thread gets at once
 constexpr unsigned kFreshUnits = 1024;  // what it gets of fresh memory: a page
 
+// Chains that full stocks handed over, to be passed on without walking through them.
+struct Chains {
+    static constexpr unsigned kMost = 4096;
+    unsigned m_count;
+    Chain m_chains[kMost];  // of kMostKept blocks each
+};
+
 // Everything here is under the lock.
-constinit Stock g_central[kSizes] = {};
+constinit Stock g_central[kSizes] = {};  // loose blocks, and those never used
+constinit Chains g_chains[kSizes] = {};
 constinit std::uint64_t g_blocksOut = 0;  // not in the central stock: with users or threads
 constinit std::size_t g_chunks = 1;       // begun, the first of which is never used
 constinit std::uint32_t g_starts = 0;
@@ -51,6 +59,7 @@ void ReleaseRegion() {
     if (size == 0) return;
     tiny_system::Release(g_state.m_region.load(), size);
     std::fill(g_central, g_central + kSizes, Stock{});
+    for (Chains& each : g_chains) each.m_count = 0;
     g_chunks = 1;
 }
 
@@ -67,6 +76,16 @@ bool BeginChunk(Stock& central, unsigned units) {
 // Moves freed blocks, or else fresh ones, into an empty stock; false if there is no memory.
 bool Supply(Stock& to, unsigned units, unsigned mostFreed, unsigned mostFresh) {
     Stock& central = g_central[units];
+    Chains& chains = g_chains[units];
+    if (!central.m_head && chains.m_count > 0) {
+        Stock& whole = mostFreed > 1 ? to : central;
+        static_cast<Chain&>(whole) = chains.m_chains[--chains.m_count];
+        whole.m_count = kMostKept;
+        if (mostFreed > 1) {
+            g_blocksOut += kMostKept;
+            return true;
+        }
+    }
     if (central.m_head) {
         to.m_head = central.m_head;
         do {
@@ -91,10 +110,15 @@ bool Supply(Stock& to, unsigned units, unsigned mostFreed, unsigned mostFresh) {
 void TakeBackChain(Stock& from, unsigned units) {
     if (!from.m_head) return;
     Stock& central = g_central[units];
-    SetNext(from.m_tail, central.m_head);
-    if (!central.m_head) central.m_tail = from.m_tail;
-    central.m_head = from.m_head;
-    central.m_count += from.m_count;
+    Chains& chains = g_chains[units];
+    if (from.m_count == kMostKept && chains.m_count < Chains::kMost) {
+        chains.m_chains[chains.m_count++] = from;
+    } else {
+        SetNext(from.m_tail, central.m_head);
+        if (!central.m_head) central.m_tail = from.m_tail;
+        central.m_head = from.m_head;
+        central.m_count += from.m_count;
+    }
     g_blocksOut -= from.m_count;
     from.m_head = 0;
     from.m_count = 0;
@@ -105,12 +129,30 @@ void TakeBackOne(Place place, unsigned units) {
     --g_blocksOut;
 }
 
+// Of an empty chain.
+bool UseSpare(Stock& stock) {
+    if (!stock.m_spare.m_head) return false;
+    static_cast<Chain&>(stock) = stock.m_spare;
+    stock.m_count = kMostKept;
+    stock.m_spare.m_head = 0;
+    return true;
+}
+
+void MakeSpare(Stock& stock, unsigned units) {
+    const Chain full = stock;
+    stock.m_head = 0;
+    stock.m_count = 0;
+    if (UseSpare(stock)) TakeBackChain(stock, units);
+    stock.m_spare = full;
+}
+
 void Drain(ThreadCache& cache) {
     if (cache.m_hotUnits) TakeBackOne(PlaceOf(cache.m_hot), cache.m_hotUnits);
     cache.m_hotUnits = 0;
     for (unsigned units = 1; units < kSizes; ++units) {
         Stock& stock = cache.m_stocks[units];
         TakeBackChain(stock, units);
+        if (UseSpare(stock)) TakeBackChain(stock, units);
         for (; stock.m_fresh != stock.m_freshEnd; stock.m_fresh += units)
             TakeBackOne(stock.m_fresh, units);
     }
@@ -140,7 +182,7 @@ void* TakeSlowly(ThreadCache& cache, unsigned units) {
     const Guard guard;
     if (ThreadCache* const own = Attached(cache)) {
         Stock& stock = own->m_stocks[units];
-        if (!Supply(stock, units, kBatch, kFreshUnits / units)) return nullptr;
+        if (!UseSpare(stock) && !Supply(stock, units, kBatch, kFreshUnits / units)) return nullptr;
         return At(Pop(stock, units));
     }
     Stock one{};
@@ -151,7 +193,8 @@ void GiveBackSlowly(ThreadCache& cache, Place place, unsigned units) {
     const Guard guard;
     if (ThreadCache* const own = Attached(cache)) {
         Stock& full = own->m_stocks[own->m_hotUnits];
-        if (full.m_count >= kMostKept) TakeBackChain(full, own->m_hotUnits);
+        if (full.m_count == kMostKept) MakeSpare(full, own->m_hotUnits);
+        if (own->m_stocks[units].m_count == kMostKept) MakeSpare(own->m_stocks[units], units);
         return Push(own->m_stocks[units], place);
     }
     TakeBackOne(place, units);

@@ -30,10 +30,14 @@ inline constexpr std::uint32_t kNoGeneration = UINT32_MAX;
 // Units from the start of the region; nothing lies at 0, which stands for none.
 using Place = std::uint32_t;
 
-struct Stock {
-    Place m_head;  // chain of free blocks
+struct Chain {
+    Place m_head;
     Place m_tail;  // open while the chain is empty
+};
+
+struct Stock : Chain {  // free blocks
     unsigned m_count;
+    Chain m_spare;  // empty or kMostKept more; keeps small swings away from the central stock
     Place m_fresh;  // blocks that were never used, up to m_freshEnd
     Place m_freshEnd;
 };
@@ -137,7 +141,7 @@ inline void GiveBack(void* block, std::size_t offset) {
         return GiveBackSlowly(cache, PlaceOf(block), units);
     if (const unsigned before = cache.m_hotUnits) {
         Stock& stock = cache.m_stocks[before];
-        if (stock.m_count >= kMostKept) [[unlikely]]
+        if (stock.m_count == kMostKept) [[unlikely]]
             return GiveBackSlowly(cache, PlaceOf(block), units);
         Push(stock, PlaceOf(cache.m_hot));
     }
