@@ -1,0 +1,38 @@
+# Shell functions that configure, build and test a preset; source this file from a bash script that
+# stands in the top folder.
+
+build_packages=(cmake ninja-build g++ ccache python3)
+test_packages=(libgtest-dev)
+example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev pkg-config)
+
+# A compiler cache beside the build folders: presets and later builds share what is the same.
+use_ccache() {
+    command -v ccache >/dev/null || return 0
+    export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+    export CCACHE_DIR=${CCACHE_DIR:-$PWD/build/ccache}
+}
+
+# build_preset NAME [TARGET...]
+build_preset() {
+    local preset=$1 log
+    shift
+    use_ccache
+    mkdir -p build
+    log=build/configure-$preset.log
+    echo "== configuring $preset"
+    cmake --preset "$preset" >"$log" 2>&1 || { cat "$log"; return 1; }
+    echo "== building $preset"
+    SECONDS=0
+    cmake --build --preset "$preset" --parallel "$(nproc)" ${1:+--target "$@"}
+    echo "== built $preset in $SECONDS s"
+}
+
+# run_tests PRESET [ctest options]
+run_tests() {
+    local preset=$1
+    shift
+    echo "== testing $preset"
+    SECONDS=0
+    ctest --preset "$preset" --output-junit tests.xml "$@"
+    echo "== tested $preset in $SECONDS s; results: build/$preset/tests.xml"
+}
