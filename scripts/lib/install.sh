@@ -1,4 +1,5 @@
 # Shell functions that get a Debian machine ready; source this file from a bash script.
+# shellcheck shell=bash
 
 # Runs a command as root: directly, or through sudo where the caller is somebody else.
 as_root() {

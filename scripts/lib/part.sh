@@ -1,4 +1,5 @@
 # Shell function that brings the real CAD part of the demonstration; needs install.sh.
+# shellcheck shell=bash
 
 # demo_part FILE: writes the STEP file of the part, which package gmsh-doc ships, to FILE. Where the
 # system leaves documentation out when it installs packages, it is taken out of the package itself.
