@@ -8,6 +8,7 @@
 #include <runtime/KZMBas_SingletonRegistry.h>
 
 #include <memory>
+#include <new>
 
 namespace {
 constinit unsigned g_starts = 0;
@@ -27,7 +28,10 @@ void KZMBasUtils_finalize(int& count) {
     if (g_starts-- != 1) return;
     --count;
     omi_SingletonBase<KZMBasUtlVersion>::Finalize();
-    KZMBasUtlExceptionModel::setBehavior(nullptr);
+    try {
+        KZMBasUtlExceptionModel::setBehavior(nullptr);
+    } catch (const std::bad_alloc&) {  // there was no model to begin with, so no factory either
+    }
     omi_SingletonBase<KZMBasUtlExcModelSingleton>::Finalize();
     omi_SingletonBase<bcu_ResourceMonitor>::Finalize();
     omi_SingletonBase<KZMBasUtlIOStats>::Finalize();
