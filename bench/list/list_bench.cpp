@@ -3,7 +3,7 @@
 #include <benchmark/benchmark.h>
 #include <cow/cow_List.h>
 
-#include <algorithm>
+#include <concepts>
 #include <deque>
 #include <vector>
 #ifdef KZM_BENCH_QT
@@ -13,10 +13,15 @@
 namespace {
 
 using List = cow_List<int>;
+// The same, made ready for its elements, so that its blocks are large.
+struct SizedList : List {};
 using Vector = std::vector<int>;
 using Deque = std::deque<int>;
 
 template <class C>
+concept Standard = !std::derived_from<C, List>;
+
+template <Standard C>
 void Append(C& c, int v) {
     c.push_back(v);
 }
@@ -25,19 +30,19 @@ void Append(List& list, int v) { list.Append(v); }
 void Prepend(List& list, int v) { list.Prepend(v); }
 void Prepend(Deque& deque, int v) { deque.push_front(v); }
 
-template <class C>
+template <Standard C>
 int Read(const C& c, int i) {
     return c[static_cast<std::size_t>(i)];
 }
 int Read(const List& list, int i) { return list.ConstGet(i); }
 
-template <class C>
+template <Standard C>
 void Write(C& c, int i, int v) {
     c[static_cast<std::size_t>(i)] = v;
 }
 void Write(List& list, int i, int v) { list.Get(i) = v; }
 
-template <class C>
+template <Standard C>
 void Assign(C& c, const Vector& from) {
     c.assign(from.begin(), from.end());
 }
@@ -52,8 +57,17 @@ void Write(Shared& vector, int i, int v) { vector[i] = v; }
 #endif
 
 template <class C>
+C Empty(const benchmark::State&) {
+    return C();
+}
+template <>
+SizedList Empty(const benchmark::State& state) {
+    return {List(cow_ListConstruct(), static_cast<int>(state.range(0)))};
+}
+
+template <class C>
 C Filled(const benchmark::State& state) {
-    C c;
+    C c = Empty<C>(state);
     for (int i = 0; i < state.range(0); ++i) Append(c, i);
     return c;
 }
@@ -149,9 +163,10 @@ void BM_Assign(benchmark::State& state) {
 
 void Sizes(benchmark::internal::Benchmark* b) { b->Arg(1 << 10)->Arg(1 << 20); }
 
-#define KZM_BENCH_STANDARD(work)           \
-    BENCHMARK(work<List>)->Apply(Sizes);   \
-    BENCHMARK(work<Vector>)->Apply(Sizes); \
+#define KZM_BENCH_STANDARD(work)              \
+    BENCHMARK(work<List>)->Apply(Sizes);      \
+    BENCHMARK(work<SizedList>)->Apply(Sizes); \
+    BENCHMARK(work<Vector>)->Apply(Sizes);    \
     BENCHMARK(work<Deque>)->Apply(Sizes);
 #ifdef KZM_BENCH_QT
 #define KZM_BENCH_ALL(work) KZM_BENCH_STANDARD(work) BENCHMARK(work<Shared>)->Apply(Sizes);

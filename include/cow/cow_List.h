@@ -188,7 +188,20 @@ public:
         return AppendToNewSlot(v);
     }
     cow_List& AppendUnlessMember(const T& v) { return IsMember(v) ? *this : Append(v); }
-    cow_List& Prepend(const T& v);
+    cow_List& Prepend(const T& v) {
+        const int position = m_offset - 1;
+        if (position >= 0 && *m_tableCount == 1) [[likely]] {
+            const int slot = position >> m_blockShift;
+            const Block* const block = m_table[slot];
+            if (block && block->m_count == 1) [[likely]] {
+                block->m_data[position - (slot << m_blockShift)] = v;
+                m_offset = position;
+                ++m_length;
+                return *this;
+            }
+        }
+        return PrependToNewSlot(v);
+    }
     cow_List& InsertIndex(int i, const T& v);  // v becomes element i; i is at most Length()
     cow_List& Concatenate(const cow_List& other);
 
@@ -273,6 +286,7 @@ private:
     Block** TableFor(int n) const;
     void Truncate(int n, Block** table);
     cow_List& AppendToNewSlot(const T& v);
+    cow_List& PrependToNewSlot(const T& v);
     cow_List& AppendElements(const cow_List& other, int first, int n);
     template <class Write>
     cow_List& Overwrite(int n, const Write& write);

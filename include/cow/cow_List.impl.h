@@ -24,6 +24,19 @@ struct cow_FreeBlock {
     void operator()(void* block) const { mem_Free(block); }
 };
 
+// The elements of a list as one array, for the life of this object.
+template <class T>
+class cow_CArray {
+public:
+    explicit cow_CArray(const cow_List<T>& list) : m_elements(list.GetCArray(m_length)) {}
+    cow_CArray(const cow_CArray&) = delete;
+    cow_CArray& operator=(const cow_CArray&) = delete;
+    ~cow_CArray() { cow_List<T>::ReleaseCArray(m_elements, m_length); }
+
+    int m_length = 0;
+    T* m_elements;
+};
+
 template <class T>
 cow_ListBlock<T>* cow_ListBlock<T>::New(int shift, const T* from, int first, int last) {
     static_assert(alignof(T) <= alignof(std::max_align_t));
@@ -89,6 +102,20 @@ bool cow_List<T>::IsEqual(const cow_List& other) const {
 template <class T>
 cow_List<T> cow_List<T>::Difference(const cow_List& other) const {
     cow_List result;
+    if constexpr (std::is_arithmetic_v<T> || std::is_base_of_v<atr_StringBase, T>) {
+        if (m_length > 16 && other.m_length > 16) {
+            // NaN equals nothing and would spoil the order of the others.
+            const auto equalsItself = [](const T& v) { return v == v; };
+            const cow_CArray<T> sorted(other);
+            T* const first = sorted.m_elements;
+            T* const last = std::partition(first, first + sorted.m_length, equalsItself);
+            std::sort(first, last);
+            for (const T& each : *this)
+                if (!equalsItself(each) || !std::binary_search(first, last, each))
+                    result.Append(each);
+            return result;
+        }
+    }
     for (const T& each : *this)
         if (!other.IsMember(each)) result.Append(each);
     return result;
@@ -151,7 +178,7 @@ cow_List<T>& cow_List<T>::AppendToNewSlot(const T& v) {
 }
 
 template <class T>
-cow_List<T>& cow_List<T>::Prepend(const T& v) {
+cow_List<T>& cow_List<T>::PrependToNewSlot(const T& v) {
     Prefix();
     IsolateRange(-1, -1);
     *Cell(-1) = v;
@@ -191,8 +218,8 @@ cow_List<T>& cow_List<T>::Concatenate(const cow_List& other) {
 
 template <class T>
 cow_List<T>& cow_List<T>::AppendElements(const cow_List& other, int first, int n) {
+    if (n == 0) return Resize(m_length);
     Grow(std::int64_t{m_length} + n);
-    if (n == 0) return *this;
     IsolateRange(m_length, m_length + n - 1);
     for (int done = 0, run; done < n; done += run) {
         const T* const from = other.Run(first + done, n - done, run);
@@ -248,7 +275,7 @@ cow_List<T>& cow_List<T>::SetFromArray(const T* a, int n) {
 template <class T>
 cow_List<T>& cow_List<T>::Resize(int n) {
     if (n < 0) RaiseOutOfRange();
-    if (n > m_length || (n == m_length && n != 0)) {
+    if (n >= m_length && n != 0) {
         Grow(n);
     } else if (n == 0 && *m_tableCount > 1) {
         cow_List fresh = EmptyLikeThis();
@@ -307,18 +334,14 @@ T cow_List<T>::Pop() {
 template <class T>
 cow_List<T>& cow_List<T>::Sort() {
     if (m_length == 0) return *this;
-    struct Sorted {
-        int n = 0;
-        T* elements;
-        explicit Sorted(const cow_List& list) : elements(list.GetCArray(n)) {}
-        ~Sorted() { ReleaseCArray(elements, n); }
-    } sorted(*this);
+    const cow_CArray<T> sorted(*this);
+    T* const first = sorted.m_elements;
     if constexpr (cow_kMovesAsBytes<T>)
-        std::qsort(sorted.elements, static_cast<std::size_t>(sorted.n), sizeof(T), SortCmp);
+        std::qsort(first, static_cast<std::size_t>(sorted.m_length), sizeof(T), SortCmp);
     else
-        std::sort(sorted.elements, sorted.elements + sorted.n,
+        std::sort(first, first + sorted.m_length,
                   [](const T& a, const T& b) { return SortCmp(&a, &b) < 0; });
-    return SetFromArray(sorted.elements, sorted.n);
+    return SetFromArray(first, sorted.m_length);
 }
 
 template <class T>
@@ -421,7 +444,7 @@ template <class T>
 std::size_t cow_List<T>::TableBytes(int slots) {
     const std::size_t count = static_cast<std::size_t>(slots);
     const std::size_t step = std::max<std::size_t>(16, std::bit_ceil(count) / 8);
-    return (count + step - 1) / step * step * sizeof(Block*);
+    return ((count + step - 1) & ~(step - 1)) * sizeof(Block*);
 }
 
 template <class T>
@@ -471,6 +494,7 @@ template <class T>
 void cow_List<T>::Grow(std::int64_t n) {
     const int slots = SlotsFor(n);
     CopyArray();
+    if (slots == m_tableSlots) return;
     for (int slot = slots; slot < m_tableSlots; ++slot) {
         if (m_table[slot]) m_table[slot]->Release(m_blockShift);
         m_table[slot] = nullptr;
