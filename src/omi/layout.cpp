@@ -1,6 +1,8 @@
 // Clients compiled against these classes depend on their sizes and the order of their fields.
 #include <omi/omi_BlkBitVectTrav.h>
 #include <omi/omi_IntTable.h>
+#include <omi/omi_SystemErrorCode.h>
+#include <omi/omi_complex.h>
 
 #include <cstddef>
 
@@ -44,4 +46,12 @@ struct kzm_Layout {
     static_assert(offsetof(SignedTable, m_negative) == 0);
     static_assert(offsetof(SignedTable, m_nonNegative) == sizeof(void*));
     static_assert(sizeof(SignedTable) == 2 * sizeof(void*));
+
+    static_assert(offsetof(omi_SystemErrorCode, m_systemCode) == 0);
+    static_assert(offsetof(omi_SystemErrorCode, m_cLibraryCode) == 4);
+    static_assert(sizeof(omi_SystemErrorCode) == 8);
+
+    static_assert(offsetof(omi_complex, m_real) == 0);
+    static_assert(offsetof(omi_complex, m_imaginary) == sizeof(double));
+    static_assert(sizeof(omi_complex) == 2 * sizeof(double));
 };
