@@ -1,5 +1,7 @@
 #pragma once
+#include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 // Everything the library asks of the operating system. platform_win.cpp and platform_posix.cpp each
@@ -24,5 +26,39 @@ std::string CLibraryErrorText(int code);
 
 // Processor time of all threads of the process, in seconds.
 double ProcessorSeconds();
+
+// Paths are in host form, with either separator. Where the system has no drives, its file system is
+// the drive Z: and there is nothing else.
+
+// Without a separator at the end, but for a root. Never empty: a directory that is gone has a name
+// that cannot exist.
+std::string WorkingDirectory();
+// Of one drive, 1 for A:. Empty if the drive has none, or one longer than 259 characters.
+std::string WorkingDirectory(int drive);
+
+// As the system's own functions, and other libraries, take it. Empty if no such file can be.
+std::string NativePath(const char* path);
+
+enum class PathQuestion : int { kExists, kIsDirectory, kIsReadable, kIsWriteable, kIsExecutable };
+bool AskPath(PathQuestion question, const char* path);
+
+// An open file. The system's failures give -1 or false, and LastError tells why.
+class File {
+public:
+    virtual ~File() = default;  // closes
+    virtual std::int64_t Seek(std::int64_t position) = 0;
+    // The number of bytes, which may be fewer than asked for; reading gives 0 at the end. A call
+    // that a signal interrupts is made again.
+    virtual std::ptrdiff_t Read(void* buffer, std::size_t size) = 0;
+    virtual std::ptrdiff_t Write(const void* buffer, std::size_t size) = 0;
+    virtual bool Close() = 0;  // all of these fail afterwards
+};
+enum class FileMode {
+    kRead,    // an existing file, for reading
+    kUpdate,  // for both, made if it is missing
+    kReplace  // for both, emptied or made
+};
+// Null on failure. A directory is no file.
+std::unique_ptr<File> OpenFile(const char* path, FileMode mode);
 
 }  // namespace platform

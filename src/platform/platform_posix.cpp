@@ -1,12 +1,67 @@
+#include <fcntl.h>
 #include <fenv.h>
 #include <platform/platform.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 namespace platform {
+namespace {
+
+constexpr int kOnlyDrive = 'Z' - 'A' + 1;
+
+template <class Call>
+auto Uninterrupted(Call call) {
+    auto result = call();
+    while (result == -1 && errno == EINTR) result = call();
+    return result;
+}
+
+class PosixFile final : public File {
+public:
+    ~PosixFile() override { Close(); }
+
+    bool Open(const char* path, FileMode mode) {
+        const int flags = mode == FileMode::kRead     ? O_RDONLY
+                          : mode == FileMode::kUpdate ? O_RDWR | O_CREAT
+                                                      : O_RDWR | O_CREAT | O_TRUNC;
+        const std::string name = NativePath(path);
+        m_descriptor = Uninterrupted([&] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
+        struct stat status;
+        if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0) return false;
+        if (!S_ISDIR(status.st_mode)) return true;
+        errno = EISDIR;
+        return false;
+    }
+
+    std::int64_t Seek(std::int64_t position) override {
+        return lseek(m_descriptor, static_cast<off_t>(position), SEEK_SET);
+    }
+    std::ptrdiff_t Read(void* buffer, std::size_t size) override {
+        return Uninterrupted([&] { return read(m_descriptor, buffer, size); });
+    }
+    std::ptrdiff_t Write(const void* buffer, std::size_t size) override {
+        return Uninterrupted([&] { return write(m_descriptor, buffer, size); });
+    }
+    // An interrupted close has closed all the same.
+    bool Close() override {
+        const int descriptor = m_descriptor;
+        m_descriptor = -1;
+        return close(descriptor) == 0 || errno == EINTR;
+    }
+
+private:
+    int m_descriptor = -1;
+};
+
+}  // namespace
 
 const char* Environment(const char* name) { return std::getenv(name); }
 
@@ -36,6 +91,55 @@ double ProcessorSeconds() {
         return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
     };
     return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+std::string WorkingDirectory() {
+    const std::unique_ptr<char, void (*)(void*)> native(getcwd(nullptr, 0), std::free);
+    std::string directory = std::string("Z:") + (native ? native.get() : "/(unreachable)");
+    std::replace(directory.begin(), directory.end(), '/', '\\');
+    return directory;
+}
+
+std::string WorkingDirectory(int drive) {
+    return drive == kOnlyDrive ? WorkingDirectory() : std::string();
+}
+
+std::string NativePath(const char* path) {
+    std::string native = path;
+    std::replace(native.begin(), native.end(), '\\', '/');
+    if (native.starts_with("//")) return std::string();
+    if (native.size() < 2 || native[1] != ':' || !std::isalpha(static_cast<unsigned char>(path[0])))
+        return native;
+    if (path[0] != 'Z' && path[0] != 'z') return std::string();
+    native.erase(0, 2);
+    return native.empty() ? "." : native;
+}
+
+bool AskPath(PathQuestion question, const char* path) {
+    const std::string name = NativePath(path);
+    struct stat status;
+    switch (question) {
+        case PathQuestion::kExists:
+            return access(name.c_str(), F_OK) == 0;
+        case PathQuestion::kIsDirectory:
+            return stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+        case PathQuestion::kIsReadable:
+            return access(name.c_str(), R_OK) == 0;
+        case PathQuestion::kIsWriteable:
+            return access(name.c_str(), W_OK) == 0;
+        case PathQuestion::kIsExecutable:
+            return access(name.c_str(), X_OK) == 0;
+    }
+    return false;
+}
+
+std::unique_ptr<File> OpenFile(const char* path, FileMode mode) {
+    auto file = std::make_unique<PosixFile>();
+    if (file->Open(path, mode)) return file;
+    const int why = errno;
+    file.reset();
+    errno = why;
+    return nullptr;
 }
 
 }  // namespace platform

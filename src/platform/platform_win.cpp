@@ -1,10 +1,84 @@
+#include <direct.h>
 #include <float.h>
+#include <io.h>
 #include <platform/platform.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <wchar.h>
 #include <windows.h>
 
+#include <algorithm>
+
 namespace platform {
+namespace {
+
+std::wstring Wide(const char* text) {
+    const int length = MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(std::max(length, 1)), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, text, -1, wide.data(), length);
+    wide.pop_back();
+    return wide;
+}
+
+std::string Narrow(const wchar_t* text) {
+    const int length = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<std::size_t>(std::max(length, 1)), '\0');
+    WideCharToMultiByte(CP_UTF8, 0, text, -1, narrow.data(), length, nullptr, nullptr);
+    narrow.pop_back();
+    return narrow;
+}
+
+DWORD CountOf(std::size_t size) {
+    return static_cast<DWORD>(std::min<std::size_t>(size, 0x40000000));
+}
+
+class WindowsFile final : public File {
+public:
+    ~WindowsFile() override { Close(); }
+
+    bool Open(const char* path, FileMode mode) {
+        const DWORD access = mode == FileMode::kRead ? GENERIC_READ : GENERIC_READ | GENERIC_WRITE;
+        const DWORD creation = mode == FileMode::kRead     ? OPEN_EXISTING
+                               : mode == FileMode::kUpdate ? OPEN_ALWAYS
+                                                           : CREATE_ALWAYS;
+        m_handle = CreateFileW(Wide(path).c_str(), access,
+                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                               creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+        return m_handle != INVALID_HANDLE_VALUE;
+    }
+
+    std::int64_t Seek(std::int64_t position) override {
+        LARGE_INTEGER target, reached;
+        target.QuadPart = position;
+        return SetFilePointerEx(m_handle, target, &reached, FILE_BEGIN) ? reached.QuadPart : -1;
+    }
+    std::ptrdiff_t Read(void* buffer, std::size_t size) override {
+        DWORD n = 0;
+        return ReadFile(m_handle, buffer, CountOf(size), &n, nullptr)
+                   ? static_cast<std::ptrdiff_t>(n)
+                   : -1;
+    }
+    std::ptrdiff_t Write(const void* buffer, std::size_t size) override {
+        DWORD n = 0;
+        return WriteFile(m_handle, buffer, CountOf(size), &n, nullptr)
+                   ? static_cast<std::ptrdiff_t>(n)
+                   : -1;
+    }
+    bool Close() override {
+        const HANDLE handle = m_handle;
+        m_handle = INVALID_HANDLE_VALUE;
+        if (handle != INVALID_HANDLE_VALUE) return CloseHandle(handle) != 0;
+        ::SetLastError(ERROR_INVALID_HANDLE);
+        return false;
+    }
+
+private:
+    HANDLE m_handle = INVALID_HANDLE_VALUE;
+};
+
+}  // namespace
 
 const char* Environment(const char* name) { return getenv(name); }
 
@@ -40,6 +114,54 @@ double ProcessorSeconds() {
         return static_cast<double>(ticks.QuadPart) * 1e-7;
     };
     return seconds(kernel) + seconds(user);
+}
+
+std::string WorkingDirectory() {
+    std::wstring directory(MAX_PATH, L'\0');
+    DWORD length;
+    while ((length = GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data())) >
+           directory.size())
+        directory.resize(length);
+    directory.resize(length);
+    return length > 0 ? Narrow(directory.c_str()) : "?:\\(unreachable)";
+}
+
+std::string WorkingDirectory(int drive) {
+    wchar_t directory[260];
+    return _wgetdcwd(drive, directory, 260) ? Narrow(directory) : std::string();
+}
+
+std::string NativePath(const char* path) { return path; }
+
+bool AskPath(PathQuestion question, const char* path) {
+    const std::wstring name = Wide(path);
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES) return false;
+    const bool isDirectory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    struct _stat64 status;
+    switch (question) {
+        case PathQuestion::kExists:
+            return true;
+        case PathQuestion::kIsDirectory:
+            return isDirectory;
+        case PathQuestion::kIsReadable:
+            return _waccess(name.c_str(), R_OK) == 0;
+        case PathQuestion::kIsWriteable:
+            return _waccess(name.c_str(), W_OK) == 0;
+        case PathQuestion::kIsExecutable:
+            return isDirectory ||
+                   (_wstat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IEXEC) != 0);
+    }
+    return false;
+}
+
+std::unique_ptr<File> OpenFile(const char* path, FileMode mode) {
+    auto file = std::make_unique<WindowsFile>();
+    if (file->Open(path, mode)) return file;
+    const DWORD why = ::GetLastError();
+    file.reset();
+    ::SetLastError(why);
+    return nullptr;
 }
 
 }  // namespace platform
