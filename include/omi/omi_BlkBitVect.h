@@ -95,6 +95,7 @@ public:
 
 private:
     friend struct kzm_Layout;
+    friend class omi_Set;  // makes the blocks of both its vectors before it changes one
 
     static constexpr unsigned int kGrowthStep = 128;
     static constexpr unsigned int kBlockShift = 8;
@@ -119,6 +120,7 @@ private:
         return slot < m_slotCount ? m_table[slot] : nullptr;
     }
 
+    void Swap(omi_BlkBitVect& other) noexcept;
     void SetBitOfNewBlock(unsigned int i);
     void MakeWordBlocks(unsigned int first, unsigned int last);
     void MakeBlocksOf(const omi_BlkBitVect& other);

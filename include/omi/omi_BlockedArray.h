@@ -50,7 +50,8 @@ public:
     unsigned Footprint() const { return ToFootprint(sizeof *this + HeapBytes()); }
 
 protected:
-    void Clear();                   // releases every block, keeps the table
+    void Clear();  // releases every block, keeps the table
+    void Swap(omi_BlockedArray& other) noexcept;
     void Realloc(unsigned n);       // grows the table to n slots; never shrinks
     void MakeBlock(unsigned slot);  // slot is below the slot count; a present block stays
 

@@ -10,6 +10,7 @@
 #include <limits>
 #include <new>
 #include <type_traits>
+#include <utility>
 
 // count * size; more bytes than can be named are exhaustion.
 inline std::size_t omi_BytesFor(std::size_t count, std::size_t size) {
@@ -96,6 +97,16 @@ void omi_BlockedArray<T>::Clear() {
         FreeBlock(m_table[slot]);
         m_table[slot] = nullptr;
     }
+}
+
+template <class T>
+void omi_BlockedArray<T>::Swap(omi_BlockedArray& other) noexcept {
+    std::swap(m_growthStep, other.m_growthStep);
+    std::swap(m_slotCount, other.m_slotCount);
+    std::swap(m_blockSize, other.m_blockSize);
+    std::swap(m_blockShift, other.m_blockShift);
+    std::swap(m_blockMask, other.m_blockMask);
+    std::swap(m_table, other.m_table);
 }
 
 template <class T>

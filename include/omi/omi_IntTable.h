@@ -12,6 +12,8 @@ template <class V, class A>
 class omi_IntTable : public mem_AllocationOperators {
 public:
     using Table = omi_UintTable<V, A>;
+    using const_iterator = omi_StdIterator<omi_TableCursor<int, V, A>>;
+    using value_type = std::pair<int, V>;
 
     omi_IntTable();  // room for the keys between -2^21 and 2^21 at first
 
@@ -21,6 +23,15 @@ public:
     // Inserts keys[i] with values[i] in order of i; of equal keys the last value stays. Each half
     // has room for magnitudes below 2^27 at first.
     omi_IntTable(unsigned int n, const int* keys, const V* values);
+
+    // Inserts the pairs in order; of equal keys the last value stays.
+    template <std::input_iterator It>
+    omi_IntTable(It first, It last) : omi_IntTable() {
+        for (; first != last; ++first) {
+            const auto& [key, value] = *first;
+            Insert(key, value);
+        }
+    }
 
     omi_IntTable& operator=(const omi_IntTable&) = delete;
     ~omi_IntTable();
@@ -36,9 +47,21 @@ public:
         return Half(key).ConstGetValue(Magnitude(key), value);
     }
 
+    // The address of a member's value, null for other keys.
+    V* FindCell(int key) const { return Half(key).FindCell(Magnitude(key)); }
+
     // The value of a key that must be a member (checked in debug builds).
     V& Get(int key) const { return Half(key).Get(Magnitude(key)); }
     const V& ConstGet(int key) const { return Half(key).ConstGet(Magnitude(key)); }
+
+    // Pairs of key and value, keys ascending.
+    const_iterator begin() const { return const_iterator(Walk()); }
+    const_iterator end() const { return const_iterator(); }
+
+    // Equal keys with equal values.
+    friend bool operator==(const omi_IntTable& a, const omi_IntTable& b) {
+        return a.Size() == b.Size() && std::equal(a.begin(), a.end(), b.begin());
+    }
 
     // True if the key was no member before; its value is replaced in any case.
     bool Insert(int key, const V& value) { return Half(key).Insert(Magnitude(key), value); }
@@ -58,6 +81,8 @@ protected:
     omi_UintTableBlock<V, A>* FindTableBlock(int key) const {
         return Half(key).FindTableBlock(Magnitude(key));
     }
+
+    omi_TableCursor<int, V, A> Walk() const { return {m_negative, m_nonNegative}; }
 
 private:
     friend struct kzm_Layout;

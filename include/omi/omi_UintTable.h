@@ -2,11 +2,15 @@
 #include <omi/KZMBasOmiDefaultAllocator.h>
 #include <omi/omi_BlkBitVect.h>
 #include <omi/omi_BlockedArray.h>
+#include <omi/omi_TableCursor.h>
 #include <omi/omi_TableInstances.h>
 #include <runtime/mem_AllocationOperators.h>
 
+#include <algorithm>
 #include <cassert>
 #include <cstdint>
+#include <iterator>
+#include <utility>
 
 // One block of an integer-keyed table: value cells and, under the same local keys, the bits that
 // tell which cells belong to members. Cells of keys that were removed keep their old value.
@@ -45,7 +49,8 @@ private:
 // bits of a key select a block, which exists only while it has a member; the low bits select the
 // cell in it. A look-up is two shifts and masks and at most three indirections, without hashing or
 // comparing. Keys that lie close together share blocks: one that stands alone costs about 6 KiB by
-// default. Members are visited in ascending order with omi_UintTableIterator.
+// default. Members are visited in ascending order, with begin() and end() as pairs of key and
+// value, or with omi_UintTableIterator, which can also go back and sort.
 //
 // The policy A supplies the table and its blocks, omi_BlockedArray and omi_BlkBitVect what lies in
 // them. When memory runs out, std::bad_alloc leaves the members as they were.
@@ -55,6 +60,8 @@ template <class V, class A>
 class omi_UintTable : public mem_AllocationOperators {
 public:
     using Block = omi_UintTableBlock<V, A>;
+    using const_iterator = omi_StdIterator<omi_TableCursor<unsigned int, V, A>>;
+    using value_type = std::pair<unsigned int, V>;
 
     // Blocks of 2^20 keys; room for the keys below 2^21 at first.
     omi_UintTable();
@@ -70,6 +77,15 @@ public:
     // As omi_UintTable(unsigned), then inserts keys[i] with values[i] in order of i; of equal keys
     // the last value stays.
     omi_UintTable(unsigned int n, const unsigned int* keys, const V* values);
+
+    // Inserts the pairs in order; of equal keys the last value stays.
+    template <std::input_iterator It>
+    omi_UintTable(It first, It last) : omi_UintTable() {
+        for (; first != last; ++first) {
+            const auto& [key, value] = *first;
+            Insert(key, value);
+        }
+    }
 
     omi_UintTable& operator=(const omi_UintTable&) = delete;
     virtual ~omi_UintTable();
@@ -87,16 +103,32 @@ public:
 
     // Copies the value out; false, and `value` as it was, if the key is not a member.
     bool ConstGetValue(unsigned int key, V& value) const {
+        const V* const cell = FindCell(key);
+        if (cell) value = *cell;
+        return cell != nullptr;
+    }
+
+    // The address of a member's value, null for other keys.
+    V* FindCell(unsigned int key) const {
         const Block* const block = FindTableBlock(key);
-        if (!block || !block->Members().IsSet(key & m_localMask)) return false;
-        value = *block->GetCell(key & m_localMask);
-        return true;
+        if (!block || !block->Members().IsSet(key & m_localMask)) return nullptr;
+        return block->GetCell(key & m_localMask);
     }
 
     // The value of a key that must be a member (checked in debug builds). The reference stays valid
     // until the last member of the key's block is removed.
     V& Get(unsigned int key) { return Cell(key); }
     const V& ConstGet(unsigned int key) const { return Cell(key); }
+
+    const_iterator begin() const {
+        return const_iterator(omi_TableCursor<unsigned int, V, A>(nullptr, this));
+    }
+    const_iterator end() const { return const_iterator(); }
+
+    // Equal keys with equal values.
+    friend bool operator==(const omi_UintTable& a, const omi_UintTable& b) {
+        return a.m_memberCount == b.m_memberCount && std::equal(a.begin(), a.end(), b.begin());
+    }
 
     // Makes the key a member with this value, in place of any it had. True if it was none before.
     // `value` may be a value of this table.
@@ -129,6 +161,8 @@ private:
     friend class omi_UintTableIterator;
     template <class, class>
     friend class omi_IntTable;
+    template <class, class, class>
+    friend class omi_TableCursor;
 
     // A shift by 32 is a slot number of 0.
     unsigned int Slot(unsigned int key) const {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -174,6 +175,12 @@ void omi_BlkBitVect::CombineWords(const omi_BlkBitVect& other, Op op) {
         for (unsigned int i = 0; i < kBlockWords; ++i) mine[i] = op(mine[i], theirs[i]);
     }
     m_stale = true;
+}
+
+void omi_BlkBitVect::Swap(omi_BlkBitVect& other) noexcept {
+    omi_BlockedArray::Swap(other);
+    std::swap(m_bitCount, other.m_bitCount);
+    std::swap(m_stale, other.m_stale);
 }
 
 void omi_BlkBitVect::SetBitOfNewBlock(unsigned int i) {

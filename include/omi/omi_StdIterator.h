@@ -1,0 +1,56 @@
+#pragma once
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <type_traits>
+
+// Read-only standard iterator over what a cursor visits, which is what begin() and end() of the
+// sets, tables, multimaps and hash tables return. A Cursor is copyable, is default-constructed
+// beyond its last item, and has IsDone(), Next(), CurrentItem() and ==.
+//
+// Items are made on the fly where the container does not hold them as such (a key with a reference
+// to its value), so to C++17 algorithms this is an input iterator, to C++20 ones a forward one.
+// Changes of the container that end its own iterators end this one too.
+template <class Cursor>
+class omi_StdIterator {
+public:
+    using reference = decltype(std::declval<const Cursor&>().CurrentItem());
+    using value_type = typename Cursor::value_type;
+    using difference_type = std::ptrdiff_t;
+    using iterator_category = std::input_iterator_tag;
+    using iterator_concept = std::forward_iterator_tag;
+
+    // Keeps the item for the length of an expression such as it->second.
+    class pointer {
+    public:
+        explicit pointer(reference item) : m_item(item) {}
+        std::remove_reference_t<reference>* operator->() { return std::addressof(m_item); }
+
+    private:
+        reference m_item;
+    };
+
+    omi_StdIterator() = default;  // equals end()
+    explicit omi_StdIterator(const Cursor& cursor) : m_cursor(cursor) {}
+
+    reference operator*() const { return m_cursor.CurrentItem(); }
+    pointer operator->() const { return pointer(**this); }
+
+    omi_StdIterator& operator++() {
+        m_cursor.Next();
+        return *this;
+    }
+    omi_StdIterator operator++(int) {
+        omi_StdIterator before(*this);
+        m_cursor.Next();
+        return before;
+    }
+
+    friend bool operator==(const omi_StdIterator& a, const omi_StdIterator& b) {
+        const bool done = a.m_cursor.IsDone();
+        return done == b.m_cursor.IsDone() && (done || a.m_cursor == b.m_cursor);
+    }
+
+private:
+    Cursor m_cursor;
+};
