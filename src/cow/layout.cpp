@@ -2,6 +2,8 @@
 #include <cow/cow_2DArray.h>
 #include <cow/cow_COW.h>
 #include <cow/cow_FixedArray.h>
+#include <cow/cow_IntMultiMapInt.h>
+#include <cow/cow_IntTableInt.h>
 #include <cow/cow_List.h>
 #include <cow/cow_String.h>
 
@@ -46,4 +48,7 @@ struct kzm_Layout {
     static_assert(offsetof(PlaneRep, m_cols) == 4);
     static_assert(offsetof(PlaneRep, m_data) == 8);
     static_assert(sizeof(cow_2DArray<int>) == sizeof(Holder));
+
+    static_assert(sizeof(cow_IntTableInt) == sizeof(Holder));
+    static_assert(sizeof(cow_IntMultiMapInt) == sizeof(Holder));
 };
