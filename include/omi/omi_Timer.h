@@ -21,7 +21,8 @@ public:
     // has not been started.
     double GetElapsedStartTime() const;
 
-    // Processor time that all threads of the process took while it ran.
+    // Processor time that all threads of the process took while it ran. Counts in the system's
+    // steps, which on Windows are about 16 milliseconds.
     double GetTotalCpuTime() const;
 
 private:

@@ -2,7 +2,7 @@
 # stands in the top folder.
 
 build_packages=(cmake ninja-build g++ ccache python3)
-test_packages=(libgtest-dev)
+test_packages=(libgtest-dev gfortran)
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev pkg-config)
 
 # A compiler cache beside the build folders: presets and later builds share what is the same.
