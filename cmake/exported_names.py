@@ -35,7 +35,8 @@ def run(command, text=None):
 class Interface:
     """What the public headers of one library mark."""
 
-    def __init__(self, compiler, flags, headers, scratch):
+    def __init__(self, compiler, flags, headers, header_folders, scratch):
+        self.header_folders = header_folders
         self.compiler, self.flags, self.scratch = compiler, flags, scratch
         includes = "".join(f'#include "{h}"\n' for h in headers)
         stub = scratch / "stub"
@@ -55,6 +56,9 @@ class Interface:
         self.instances = {spelled[i] for i in instances}
         self.members = {(spelled[c], m) for c, m in members}
         self.plain = self.marked(own)
+        self.listing = "".join(f"    X({i}) \\\n" for i in instances)
+        self.includes = "".join(f"#include <{h.relative_to(d)}>\n" for h in headers
+                                for d in h.parents if str(d) in self.header_folders)
 
     def preprocess(self, first_flags, text):
         return run([self.compiler, *first_flags, *self.flags, "-E", "-x", "c++", "-"], text)
@@ -219,13 +223,15 @@ def main():
     parser.add_argument("--objects", required=True, help="file that lists the objects")
     parser.add_argument("--link", required=True, help="the .def or .map file to write")
     parser.add_argument("--names", required=True, help="the readable list to write")
+    parser.add_argument("--instances", required=True,
+                        help="header to write that lists the declared instances, for tests")
     args = parser.parse_args()
 
     headers = sorted(h for folder in args.headers for h in Path(folder).rglob("*.h")
                      if h.name != "kzm_export.h")
     flags = ["-std=c++20", *(f"-I{d}" for d in dict.fromkeys(args.include + args.headers))]
     with tempfile.TemporaryDirectory() as scratch:
-        interface = Interface(args.compiler, flags, headers, Path(scratch))
+        interface = Interface(args.compiler, flags, headers, args.headers, Path(scratch))
 
     objects = Path(args.objects).read_text().split("\n")
     symbols = defined_symbols(args.nm, [o for o in objects if o], args.windows)
@@ -243,13 +249,16 @@ def main():
         entries = "".join(f'    "{n}";\n' for n in exported)
         global_part = f"  global:\n{entries}" if entries else ""
         Path(args.link).write_text(f"{{\n{global_part}  local:\n    *;\n}};\n")
+    Path(args.instances).write_text(
+        f"#pragma once\n{interface.includes}\n#define KZM_INSTANCES(X) \\\n{interface.listing}\n")
     lines = folded(demangled[n] for n in exported)
     Path(args.names).write_text("".join(f"{line}\n" for line in lines))
     print(f"{args.library}: {len(exported)} exported names in {len(lines)} lines")
 
     undefined = (interface.instances | interface.members) - set(owners.values())
     if undefined:
-        sys.exit(f"{args.library}: declared but defined nowhere: {sorted(map(str, undefined))}")
+        first = ", ".join(sorted(map(str, undefined))[:20])
+        sys.exit(f"{args.library}: {len(undefined)} declared but defined nowhere: {first}")
 
 
 if __name__ == "__main__":

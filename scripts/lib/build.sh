@@ -5,11 +5,11 @@ build_packages=(cmake ninja-build g++ ccache python3)
 test_packages=(libgtest-dev gfortran)
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev pkg-config)
 
-# A compiler cache beside the build folders: presets and later builds share what is the same.
+# With the compiler cache, later builds and other clones share what is the same.
 use_ccache() {
     command -v ccache >/dev/null || return 0
     export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
-    export CCACHE_DIR=${CCACHE_DIR:-$PWD/build/ccache}
+    export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
 }
 
 # build_preset NAME [TARGET...]

@@ -1,0 +1,74 @@
+#include <cow/cow_List.h>
+#include <cow/cow_String.h>
+#include <gtest/gtest.h>
+#include <omi/omi_IntTable.h>
+#include <omi/omi_IntTableIterator.h>
+#include <runtime/KZMBasSrmAllocator.h>
+#include <support/checksum.h>
+
+#include <cmath>
+#include <random>
+
+// The same edits must end in the same bits on every platform, floating point included.
+namespace {
+
+using Table = omi_IntTable<double, KZMBasOmiDefaultAllocator>;
+
+void AddMembers(const Table& table, Checksum& sum) {
+    omi_IntTableIterator<double, KZMBasOmiDefaultAllocator> it(table);
+    for (it.First(); !it.IsDone(); it.Next()) {
+        sum.Add(it.CurrentKey());
+        sum.Add(it.CurrentValue());
+    }
+}
+
+TEST(Platforms, ReachTheSameTableOfNumbers) {
+    std::minstd_rand rng(7);
+    Table table;
+    double running = 0.1;
+    for (int step = 0; step < 20000; ++step) {
+        // Keys cluster around the edges of blocks, on both sides of zero.
+        const int key = (static_cast<int>(rng() % 7) - 3) * (1 << 20) + static_cast<int>(rng() % 9);
+        if (rng() % 3 == 0) {
+            table.Remove(key);
+        } else {
+            running = running * 1.000001 + 1.0 / static_cast<double>(1 + rng() % 1000);
+            double before = 0;
+            table.ConstGetValue(key, before);
+            table.Insert(key, std::sqrt(running) - before / 3.0f);
+        }
+    }
+    Checksum sum;
+    AddMembers(table, sum);
+    EXPECT_EQ(sum.Value(), 6155995008960729064u);
+}
+
+TEST(Platforms, ReachTheSameListsOfText) {
+    std::minstd_rand rng(11);
+    cow_List<cow_String> lists[4];
+    for (int step = 0; step < 5000; ++step) {
+        cow_List<cow_String>& list = lists[rng() % 4];
+        switch (rng() % 8) {
+            case 0:
+                list = lists[rng() % 4];
+                break;
+            case 1:
+                if (list.Length() > 0) list.RemoveIndex(static_cast<int>(rng()) % list.Length());
+                break;
+            case 2:
+                list.Sort();
+                break;
+            case 3:
+                if (list.Length() > 200) list.Resize(100);
+                break;
+            default:
+                list.Append(cow_String(static_cast<double>(rng() % 100000) / 7.0));
+        }
+    }
+    Checksum sum;
+    for (const cow_List<cow_String>& list : lists)
+        for (const cow_String& text : list) sum.Add(std::string_view(text.CStr()));
+    EXPECT_EQ(sum.Value(), 9797408540019857528u);
+}
+
+}  // namespace

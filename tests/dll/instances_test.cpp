@@ -1,0 +1,229 @@
+// Built without optimisation, so that no call is inlined: each must be found in the library. The
+// list of instances is made with the library and cannot fall behind the headers.
+#include <alloc/KZMBasMemSmallBlockAllocator.h>
+#include <gtest/gtest.h>
+
+#include <type_traits>
+
+#include "KZMBasShared.instances.h"
+
+namespace {
+
+// A few calls for each family of templates; one without a specialisation is made and copied.
+template <class T>
+struct Exercise {
+    static_assert(std::is_default_constructible_v<T> && std::is_copy_constructible_v<T>,
+                  "this family needs a specialisation");
+    static bool Run() {
+        T value;
+        T copy(value);
+        copy = value;
+        return true;
+    }
+};
+
+template <class T>
+struct Exercise<cow_ListBlock<T>> {  // all private: used by the lists
+    static bool Run() { return true; }
+};
+
+template <class T>
+struct Exercise<cow_List<T>> {
+    static bool Run() {
+        const T v = T();
+        cow_List<T> list(v, v);
+        cow_List<T> copy(list);
+        copy.Append(v).Prepend(v).InsertIndex(1, v).Concatenate(list);
+        copy.RemoveIndex(0).RemoveLast().RemoveMember(v);
+        copy.Get(0) = v;
+        int n = 0;
+        cow_List<T>::ReleaseCArray(copy.GetCArray(n), n);
+        return n == 4 && list.IsMember(copy.Pop()) && copy.Slice(0, 2).IsEqual(list) &&
+               copy.Difference(list).Length() == 0 && copy.Sort().Length() == 3 &&
+               copy.Fill(20, v).Resize(2).IsEqual(list);
+    }
+};
+
+template <class T>
+struct Exercise<cow_ListIter<T>> {
+    static bool Run() {
+        cow_ListIter<T> it{cow_List<T>(T())};
+        const bool good = it.NotDone() && it.CurrentItem() == T() && it.ArrayIndex() == 0;
+        it.Next();
+        return good && !it.NotDone();
+    }
+};
+
+template <class T>
+struct Exercise<cow_FixedArrayRep<T>> {
+    static bool Run() { return cow_FixedArrayRep<T>(3) != cow_FixedArrayRep<T>(2, T()); }
+};
+
+template <class T>
+struct Exercise<cow_FixedArray<T>> {
+    static bool Run() {
+        const cow_FixedArray<T> array(3, T());
+        cow_FixedArray<T> copy(array);
+        copy.Get(1) = T();
+        return copy == array && copy.begin() != array.begin();
+    }
+};
+
+template <class T>
+struct Exercise<cow_2DArrayRep<T>> {
+    static bool Run() { return cow_2DArrayRep<T>(3, 1) != cow_2DArrayRep<T>(1, 3, T()); }
+};
+
+template <class T>
+struct Exercise<cow_2DArray<T>> {
+    static bool Run() {
+        const cow_2DArray<T> array(2, 3, T());
+        cow_2DArray<T> copy(array);
+        copy.Get(1, 2) = T();
+        return copy == array && copy.begin() != array.begin();
+    }
+};
+
+template <class T>
+struct Exercise<cow_CountedHld<T>> {
+    static bool Run() {
+        const cow_CountedHld<T> none(static_cast<T*>(nullptr));
+        const cow_CountedHld<T> copy(none);
+        return copy.IsNull() && !copy.Exclusive();
+    }
+};
+
+template <class T>
+struct Exercise<cow_COW<T, cow_Direct<T>>> {
+    static bool Run() {
+        const cow_COW<T, cow_Direct<T>> none(static_cast<T*>(nullptr));
+        return !cow_COW<T, cow_Direct<T>>(none).HasValue();
+    }
+};
+
+template <class T>
+struct Exercise<omi_BlockedArray<T>> {
+    static bool Run() {
+        omi_BlockedArray<T> array(0u, 4u);
+        array.SetCell(17, T());
+        const omi_BlockedArray<T> copy(array);
+        return copy.GetCell(17) && array.Footprint() == copy.Footprint();
+    }
+};
+
+template <class V, class A>
+struct Exercise<omi_UintTableBlock<V, A>> {
+    static bool Run() {
+        omi_UintTableBlock<V, A> block(1u, 4u);
+        block.Insert(3, V());
+        return block.Members().Size() == 1 && block.Remove(3) && block.Footprint() > 0;
+    }
+};
+
+template <class V, class A>
+struct Exercise<omi_UintTable<V, A>> {
+    static bool Run() {
+        omi_UintTable<V, A> table;
+        V value = V();
+        return table.Insert(9, value) && table.ConstGetValue(9, value) && table.Size() == 1 &&
+               table.Remove(9) && table.IsEmpty();
+    }
+};
+
+template <class V, class A>
+struct Exercise<omi_IntTable<V, A>> {
+    static bool Run() {
+        omi_IntTable<V, A> table;
+        table.Insert(-9, V());
+        omi_IntTable<V, A>* const copy = table.Copy();
+        const bool good = table.Remove(-9) && copy->IsMember(-9) && copy->Footprint() > 0;
+        delete copy;
+        return good;
+    }
+};
+
+template <class V, class A>
+struct Exercise<omi_UintTableIterator<V, A>> {
+    static bool Run() {
+        omi_UintTable<V, A> table;
+        table.Insert(9, V());
+        omi_UintTableIterator<V, A> it(table);
+        it.Last();
+        it.Previous();
+        it.First();
+        const bool good = it.CurrentKey() == 9;
+        it.Next();
+        return good && it.IsDone();
+    }
+};
+
+template <class V, class A>
+struct Exercise<omi_IntTableIterator<V, A>> {
+    static bool Run() {
+        omi_IntTable<V, A> table;
+        table.Insert(-9, V());
+        omi_IntTableIterator<V, A> it(table);
+        it.First();
+        const bool good = it.CurrentKey() == -9;
+        it.Next();
+        return good && it.IsDone();
+    }
+};
+
+template <int N>
+struct Exercise<KZMBasSrmAllocator<N>> {
+    static bool Run() {
+        using Policy = KZMBasSrmAllocator<N>;
+        KZMBasCamPool pool;
+        Policy::SetPool(&pool);
+        Policy::Initialize();  // nobody manages the pools: it stays
+        Policy::deallocate(Policy::allocate(8));
+        const bool good = pool.Requests() == 1 && Policy::GetPool() == &pool;
+        Policy::Finalize();
+        Policy().DebugPrint();
+        return good && !Policy::GetPool();
+    }
+};
+
+template <class T>
+struct Exercise<omi_SingletonBase<T>> {
+    static bool Run() {
+        omi_SingletonBase<T>::Finalize();
+        return true;
+    }
+};
+
+template <class T>
+struct Exercise<omi_Singleton<T>> {
+    static bool Run() {
+        const bool good = &omi_Singleton<T>::Instance() == &omi_Singleton<T>::Instance();
+        omi_Singleton<T>::Finalize();
+        return good;
+    }
+};
+
+template <class T>
+struct Exercise<KZMBasAtiGlobalSingleton<T>> {
+    static bool Run() {
+        volatile auto& instance = KZMBasAtiGlobalSingleton<T>::Instance();
+        static_cast<volatile KZMBasAtiGlobalSingleton<T>&>(instance).Lock();
+        static_cast<volatile KZMBasAtiGlobalSingleton<T>&>(instance).Unlock();
+        KZMBasAtiGlobalSingleton<T>::Finalize();
+        return true;
+    }
+};
+
+const struct {
+    const char* name;
+    bool (*run)();
+} kInstances[] = {
+#define ENTRY(...) {#__VA_ARGS__, &Exercise<__VA_ARGS__>::Run},
+    KZM_INSTANCES(ENTRY) ENTRY(KZMBasSrmAllocator<63>) ENTRY(KZMBasSrmAllocator<64>)
+#undef ENTRY
+};
+
+TEST(Instances, EachCanBeUsedByAClientBuiltWithoutOptimisation) {
+    for (const auto& [name, run] : kInstances) EXPECT_TRUE(run()) << name;
+}
+
+}  // namespace

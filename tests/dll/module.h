@@ -1,0 +1,18 @@
+#pragma once
+#include <string>
+
+// What the loader and process tests ask of the system; module_win.cpp and module_posix.cpp.
+namespace module {
+
+void* Load(const char* path);  // null if it cannot be loaded
+void Unload(void* handle);
+bool IsLoaded(const char* path);
+void* Find(void* handle, const char* name);
+
+// Runs a program to its end and returns what it wrote to standard output.
+std::string Output(const char* program);
+
+// A null value removes the name; programs started later inherit it.
+void SetVariable(const char* name, const char* value);
+
+}  // namespace module
