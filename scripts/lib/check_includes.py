@@ -25,7 +25,7 @@ ACROSS = [
     (r"(include|src)/cow/cow_Int(Table|MultiMap)Int.*", r"omi/.*"),
     (r"(include|src)/omi/.*", r"cow/cow_(String|COW|CountedHld|Counter|List|ListIter)(\.impl)?\.h"),
 ]
-SYSTEM = r"(src|tests)/.*_win\.cpp|siblings/.*/src/.*_win\.cpp"
+SYSTEM = r"(src|tests)/.*_win(_test)?\.cpp|siblings/.*/src/.*_win\.cpp"
 KNOWS_WIN32 = SYSTEM + r"|include/kzm_export\.h|tests/support/expect_abort\.h"
 
 
