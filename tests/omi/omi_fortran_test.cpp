@@ -2,7 +2,6 @@
 #include <host/host_heap.h>
 #include <omi/omi_fortran.h>
 
-#include <climits>
 #include <string>
 #include <utility>
 
@@ -17,83 +16,57 @@ struct LossIsIntended {
 
 namespace {
 
-std::string Repeated(int n, char c) { return std::string(static_cast<std::size_t>(n), c); }
+using std::string;
+using Size = std::pair<int, const char*>;
 
 TEST(Fortran, TextsAreTrimmedFirstThenCutToSeventyNineCharacters) {
-    struct Case {
-        std::string text, converted;
-    };
-    const Case cases[] = {
-        {"AB      ", "AB"},
-        {"  A B ", "  A B"},
-        {"A\t", "A\t"},
-        {Repeated(8, ' '), ""},
-        {"", ""},
-        {Repeated(100, 'x'), Repeated(79, 'x')},
-        {"A" + Repeated(98, ' ') + "B", "A" + Repeated(78, ' ')},
-        {Repeated(79, 'y') + " ", Repeated(79, 'y')},
-    };
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.text);
-        char out[81];
+    const string cases[][2] = {{"AB      ", "AB"},
+                               {"  A B ", "  A B"},
+                               {"A\t", "A\t"},
+                               {"        ", ""},
+                               {"", ""},
+                               {string(100, 'x'), string(79, 'x')},
+                               {"A" + string(98, ' ') + "B", "A" + string(78, ' ')}};
+    for (const auto& [text, converted] : cases) {
+        char out[81] = "";
         out[80] = '#';
-        omi_fortranStringConvert(out, each.text.data(), static_cast<int>(each.text.size()));
-        EXPECT_EQ(out, each.converted);
+        omi_fortranStringConvert(out, text.data(), static_cast<int>(text.size()));
+        EXPECT_EQ(out, converted);
         EXPECT_EQ(out[80], '#');
     }
 }
 
 TEST(Fortran, FileNamesAreCutToTheCallersBuffer) {
-    struct Case {
-        int size;
-        const char* text;
-        const char* converted;
-    };
-    const Case cases[] = {{5, "ABCDEFG", "ABCD"},    {5, "AB  CDE", "AB  "},
-                          {5, "AB     ", "AB"},      {8, "ABCDEFG", "ABCDEFG"},
-                          {1, "ABCDEFG", ""},        {0, "ABCDEFG", "#######"},
-                          {-3, "ABCDEFG", "#######"}};
-    for (const Case& each : cases) {
-        SCOPED_TRACE(each.size);
+    for (const auto& [size, converted] :
+         {Size{5, "AB  "}, {3, "AB"}, {8, "AB  CDE"}, {1, ""}, {0, "#######"}, {-3, "#######"}}) {
         char out[] = "#######";
-        omi_fortranFileNameConvert(out, each.size, each.text, 7);
-        EXPECT_STREQ(out, each.converted);
+        omi_fortranFileNameConvert(out, size, "AB  CDE ", 8);
+        EXPECT_STREQ(out, converted);
     }
 }
 
 TEST(Fortran, EnblankFillsExactlyTheBuffer) {
-    struct Case {
-        int length;
-        const char* text;
-        const char* filled;
-    };
-    const Case cases[] = {{6, nullptr, "      ##"},    {6, "AB", "AB    ##"},
-                          {6, "", "      ##"},         {6, "ABCDEF", "ABCDEF##"},
-                          {6, "ABCDEFGH", "ABCDEF##"}, {0, "AB", "########"},
-                          {-1, "AB", "########"}};
-    for (const Case& each : cases) {
+    for (const auto& [length, filled] : {Size{6, "ABC   ##"}, {2, "AB######"}, {-1, "########"}}) {
         char out[] = "########";
-        omi_fortranStringEnblank(out, each.length, each.text);
-        EXPECT_STREQ(out, each.filled);
+        omi_fortranStringEnblank(out, length, "ABC");
+        EXPECT_STREQ(out, filled);
     }
+    char out[] = "########";
+    omi_fortranStringEnblank(out, 6, nullptr);
+    EXPECT_STREQ(out, "      ##");
 }
 
 TEST(Fortran, ListsHoldATerminatedTextPerElement) {
-    const char texts[] = "ABCDEF    GH";  // three texts of four
-    char** list = omi_fortranStringListConvert(3, texts, 4);
-    EXPECT_STREQ(list[0], "ABCD");
-    EXPECT_STREQ(list[1], "EF");
-    EXPECT_STREQ(list[2], "  GH");
+    char** list = omi_fortranStringListConvert(3, "ABCDEF    GH", 4);
+    EXPECT_EQ(string(list[0]) + list[1] + list[2], "ABCDEF  GH");
     omi_fortranStringListFree(3, list);
-
-    for (const auto& [size, expected] : {std::pair{10, "ABCD"}, {3, "AB"}, {1, ""}, {0, ""}}) {
-        list = omi_fortranStringVarListConvert(3, size, texts, 4);
+    for (const auto& [size, expected] : {Size{10, "ABCD"}, {3, "AB"}, {1, ""}, {0, ""}}) {
+        list = omi_fortranStringVarListConvert(3, size, "ABCDEF    GH", 4);
         EXPECT_STREQ(list[0], expected);
         omi_fortranStringListFree(3, list);
     }
-    const std::string wide = Repeated(200, 'w');
-    list = omi_fortranStringListConvert(2, wide.data(), 100);
-    EXPECT_EQ(list[1], Repeated(79, 'w'));
+    list = omi_fortranStringListConvert(2, string(200, 'w').data(), 100);
+    EXPECT_EQ(list[1], string(79, 'w'));
     omi_fortranStringListFree(2, list);
 }
 
