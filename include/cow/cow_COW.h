@@ -28,11 +28,11 @@ class cow_COW : public cow_CountedHld<T> {
 public:
     cow_COW(const T& value) : Base(Policy::Copy(value)) {}
     cow_COW(T* p) : Base(p) {}
-    cow_COW(const cow_COW& other) : Base(other) {}
-    cow_COW(cow_COW&& other) : Base(other) {}
+    cow_COW(const cow_COW& other) noexcept : Base(other) {}
+    cow_COW(cow_COW&& other) noexcept : Base(other) {}
 
     using Base::operator=;
-    cow_COW& operator=(const cow_COW& other) {
+    cow_COW& operator=(const cow_COW& other) noexcept {
         Base::operator=(other);
         return *this;
     }

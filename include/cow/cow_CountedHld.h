@@ -25,13 +25,13 @@ public:
     // before the exception leaves.
     cow_CountedHld(T* p) : m_counter(NewCounter(p)), m_referent(p) {}
 
-    cow_CountedHld(const cow_CountedHld& other)
+    cow_CountedHld(const cow_CountedHld& other) noexcept
         : m_counter(other.m_counter), m_referent(other.m_referent) {
         m_counter->Increment();
     }
 
     // Shares. Safe for self-assignment and for a holder inside the own referent.
-    cow_CountedHld& operator=(const cow_CountedHld& other) {
+    cow_CountedHld& operator=(const cow_CountedHld& other) noexcept {
         cow_Counter* const counter = other.m_counter;
         T* const referent = other.m_referent;
         counter->Increment();

@@ -1,10 +1,12 @@
 // Clients compiled against these classes depend on their sizes and the order of their fields.
 #include <cow/cow_2DArray.h>
+#include <cow/cow_Btree.h>
 #include <cow/cow_COW.h>
 #include <cow/cow_FixedArray.h>
 #include <cow/cow_IntMultiMapInt.h>
 #include <cow/cow_IntTableInt.h>
 #include <cow/cow_List.h>
+#include <cow/cow_Map.h>
 #include <cow/cow_String.h>
 
 #include <cstddef>
@@ -51,4 +53,26 @@ struct kzm_Layout {
 
     static_assert(sizeof(cow_IntTableInt) == sizeof(Holder));
     static_assert(sizeof(cow_IntMultiMapInt) == sizeof(Holder));
+
+    using TreeNode = cow_BtreeNode<cow_String, int>;
+    static_assert(offsetof(TreeNode, key) == 0);
+    static_assert(offsetof(TreeNode, value) == sizeof(cow_String));
+    static_assert(offsetof(TreeNode, m_left) == 3 * sizeof(void*));
+    static_assert(offsetof(TreeNode, m_right) == 4 * sizeof(void*));
+    static_assert(offsetof(TreeNode, m_depth) == 5 * sizeof(void*));
+    static_assert(sizeof(TreeNode) == 6 * sizeof(void*));
+    using NumberNode = cow_BtreeNode<int, double>;
+    static_assert(offsetof(NumberNode, m_left) == 16);
+    static_assert(sizeof(cow_Btree<int, int>) == 2 * sizeof(void*));
+
+    using MapNode = cow_MapNode<cow_String, int>;
+    static_assert(offsetof(MapNode, key) == 0);
+    static_assert(offsetof(MapNode, value) == sizeof(cow_String));
+    static_assert(offsetof(MapNode, m_child0) == 3 * sizeof(void*));
+    static_assert(offsetof(MapNode, m_child1) == 5 * sizeof(void*));
+    static_assert(sizeof(MapNode) == 7 * sizeof(void*));
+    using Map = cow_Map<int, int>;
+    static_assert(offsetof(Map, m_root) == 0);
+    static_assert(offsetof(Map, m_size) == 2 * sizeof(void*));
+    static_assert(sizeof(Map) == 3 * sizeof(void*));
 };

@@ -1,5 +1,6 @@
 #include <alloc/KZMBasAlloc.h>
 #include <coreutils/KZMBasCoreUtils.h>
+#include <cow/cow_NullValue.h>
 #include <errors/KZMBasUtils.h>
 #include <files/KZMBasFilStracePhase.h>
 #include <generics/KZMBasGenericsLib.h>
@@ -63,7 +64,7 @@ constexpr Module kModules[] = {
     {KZMBasCoreUtils_initialize, KZMBasCoreUtils_finalize},
     {KZMBasGenericsLib_initialize, KZMBasGenericsLib_finalize},
     {KZMBasAlloc_initialize, KZMBasAlloc_finalize},
-    kCounted<CountedModule<'a'>>,
+    kCounted<CountedModule<'a', Nothing, cow_ReleaseNullValues>>,
     {KZMBasUtils_initialize, KZMBasUtils_finalize},
     kCounted<CountedModule<'c'>>,
     kCounted<CountedModule<'d', Nothing, KZMBasAtiGlobalSingleton<rgx_ReCompileCache>::Finalize>>,

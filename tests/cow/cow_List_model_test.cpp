@@ -1,6 +1,7 @@
 #include <cow/cow_List.impl.h>
 #include <cow/cow_String.h>
 #include <gtest/gtest.h>
+#include <support/boxed.h>
 #include <support/memory_failure.h>
 
 #include <algorithm>
@@ -12,25 +13,6 @@
 #include <vector>
 
 namespace {
-
-// An element that owns a block, so that a lost or twice destroyed one shows in the count of live
-// blocks, and whose copying can run out of memory.
-class Boxed {
-public:
-    Boxed(int value = 0) : m_value(::new (mem_Malloc(sizeof(int))) int(value)) {}
-    Boxed(const Boxed& other) : Boxed(*other.m_value) {}
-    Boxed& operator=(const Boxed& other) {
-        Boxed copy(other);
-        std::swap(m_value, copy.m_value);
-        return *this;
-    }
-    ~Boxed() { mem_Free(m_value); }
-    auto operator<=>(const Boxed& other) const { return *m_value <=> *other.m_value; }
-    bool operator==(const Boxed& other) const { return *m_value == *other.m_value; }
-
-private:
-    int* m_value;
-};
 
 template <class T>
 using Model = std::deque<T>;

@@ -54,7 +54,7 @@ public:
 
 protected:
     atr_StringBase() : m_data(nullptr), m_rep(nullptr) {}
-    atr_StringBase(const atr_StringBase& other) : m_data(other.m_data), m_rep(other.m_rep) {
+    atr_StringBase(const atr_StringBase& other) noexcept : m_data(other.m_data), m_rep(other.m_rep) {
         if (m_rep) ++m_rep->m_count;
     }
     explicit atr_StringBase(const char* s);
@@ -65,7 +65,7 @@ protected:
     atr_StringBase(int n, PreSizeEnm);  // empty, room for n bytes
     ~atr_StringBase() { DropReference(); }
 
-    atr_StringBase& operator=(const atr_StringBase& other) {
+    atr_StringBase& operator=(const atr_StringBase& other) noexcept {
         if (other.m_rep) ++other.m_rep->m_count;
         DropReference();
         m_data = other.m_data;
