@@ -181,6 +181,19 @@ TEST(List, DerivedListsKeepOrderAndRepeats) {
     EXPECT_EQ(big, Counting(1000));
 }
 
+TEST(List, BlocksThatAFailedWriteLeavesAreUsedOrFreed) {
+    const List many = Counting(600);
+    for (const bool prepend : {false, true}) {
+        ForEveryAllocationFailure([] { return List(7); },
+                                  [&](List& list) { list.Concatenate(many); },
+                                  [&](List& list, bool succeeded) {
+                                      if (succeeded) return;
+                                      prepend ? list.Prepend(7) : list.Append(7);
+                                      EXPECT_EQ(list, List(7, 7));
+                                  });
+    }
+}
+
 TEST(List, IteratorsWorkWithTheStandardAlgorithmsWithoutCopying) {
     static_assert(std::random_access_iterator<List::const_iterator>);
     for (const int n : {0, 1, 16, 17, 256}) {
