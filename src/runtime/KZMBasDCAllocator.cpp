@@ -1,0 +1,3 @@
+#include <runtime/KZMBasDCAllocator.h>
+
+KZMBasDCAllocator::~KZMBasDCAllocator() = default;
