@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 // Everything the library asks of the operating system. platform_win.cpp and platform_posix.cpp each
 // define all of it.
@@ -12,6 +13,17 @@ namespace platform {
 const char* Environment(const char* name);
 // A null value removes the name. False if the system refuses.
 bool SetEnvironment(const char* name, const char* value);
+// All of it as NAME=value, in the system's order, in the encoding of Multibyte.
+std::vector<std::string> EnvironmentEntries();
+
+std::int32_t ProcessId();
+std::uint32_t ThreadId();  // of the calling thread, never 0
+
+// The path of the running program in host form, at most 1023 characters. Empty if it is unknown.
+std::string ModuleFileName();
+
+// In the encoding of the process's narrow texts: Windows has the current code page.
+std::string Multibyte(const std::string& text);
 
 // Of the calling thread: invalid operation, division by zero and overflow stop the process, or are
 // masked. Clears what is pending first. False if the processor cannot trap.

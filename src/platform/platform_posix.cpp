@@ -69,6 +69,27 @@ bool SetEnvironment(const char* name, const char* value) {
     return (value ? setenv(name, value, 1) : unsetenv(name)) == 0;
 }
 
+std::vector<std::string> EnvironmentEntries() {
+    std::vector<std::string> entries;
+    for (char** entry = environ; entry && *entry; ++entry) entries.emplace_back(*entry);
+    return entries;
+}
+
+std::int32_t ProcessId() { return getpid(); }
+
+std::uint32_t ThreadId() { return static_cast<std::uint32_t>(gettid()); }
+
+std::string ModuleFileName() {
+    char link[1021];
+    const ssize_t length = readlink("/proc/self/exe", link, sizeof link);
+    if (length <= 0) return std::string();
+    std::string path = "Z:" + std::string(link, static_cast<std::size_t>(length));
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+}
+
+std::string Multibyte(const std::string& text) { return text; }
+
 bool SetFloatingPointTraps(bool on) {
     constexpr int kTraps = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
     feclearexcept(FE_ALL_EXCEPT);

@@ -10,10 +10,12 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <memory>
 
 namespace platform {
 namespace {
 
+// Texts of the system are wide, those of the seam UTF-8.
 std::wstring Wide(const char* text) {
     const int length = MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0);
     std::wstring wide(static_cast<std::size_t>(std::max(length, 1)), L'\0');
@@ -22,10 +24,10 @@ std::wstring Wide(const char* text) {
     return wide;
 }
 
-std::string Narrow(const wchar_t* text) {
-    const int length = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
+std::string Narrow(const wchar_t* text, UINT encoding = CP_UTF8) {
+    const int length = WideCharToMultiByte(encoding, 0, text, -1, nullptr, 0, nullptr, nullptr);
     std::string narrow(static_cast<std::size_t>(std::max(length, 1)), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, text, -1, narrow.data(), length, nullptr, nullptr);
+    WideCharToMultiByte(encoding, 0, text, -1, narrow.data(), length, nullptr, nullptr);
     narrow.pop_back();
     return narrow;
 }
@@ -85,6 +87,30 @@ const char* Environment(const char* name) { return getenv(name); }
 bool SetEnvironment(const char* name, const char* value) {
     const std::string setting = std::string(name) + "=" + (value ? value : "");
     return _putenv(setting.c_str()) == 0;
+}
+
+std::vector<std::string> EnvironmentEntries() {
+    std::vector<std::string> entries;
+    struct FreeBlock {
+        void operator()(wchar_t* block) const { FreeEnvironmentStringsW(block); }
+    };
+    const std::unique_ptr<wchar_t, FreeBlock> block(GetEnvironmentStringsW());
+    for (const wchar_t* entry = block.get(); entry && *entry; entry += wcslen(entry) + 1)
+        entries.push_back(Narrow(entry, CP_ACP));
+    return entries;
+}
+
+std::int32_t ProcessId() { return static_cast<std::int32_t>(GetCurrentProcessId()); }
+
+std::uint32_t ThreadId() { return GetCurrentThreadId(); }
+
+std::string ModuleFileName() {
+    wchar_t path[1024] = L"";
+    return GetModuleFileNameW(nullptr, path, 1023) != 0 ? Narrow(path) : std::string();
+}
+
+std::string Multibyte(const std::string& text) {
+    return Narrow(Wide(text.c_str()).c_str(), CP_ACP);
 }
 
 bool SetFloatingPointTraps(bool on) {
