@@ -12,6 +12,11 @@ public:
     KZMBasUtlVersion();
     ~KZMBasUtlVersion();
 
+    // Called when the process information is initialised. Nothing to do: the numbers below are
+    // compiled in.
+    static void InitReleaseInfo();
+    static void InitBuildInfo();
+
     int Major() const;
     int Minor() const;
     int Patch() const;

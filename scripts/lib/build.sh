@@ -2,7 +2,7 @@
 # stands in the top folder.
 
 build_packages=(cmake ninja-build g++ ccache python3)
-test_packages=(libgtest-dev gfortran)
+test_packages=(libgtest-dev gfortran mpich)
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev pkg-config)
 
 # With the compiler cache, later builds and other clones share what is the same.

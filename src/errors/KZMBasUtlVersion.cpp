@@ -9,6 +9,9 @@ KZM_DEFINE_SINGLETON(KZMBasUtlVersion)
 KZMBasUtlVersion::KZMBasUtlVersion() {}
 KZMBasUtlVersion::~KZMBasUtlVersion() {}
 
+void KZMBasUtlVersion::InitReleaseInfo() {}
+void KZMBasUtlVersion::InitBuildInfo() {}
+
 int KZMBasUtlVersion::Major() const { return KZM_VERSION_MAJOR; }
 int KZMBasUtlVersion::Minor() const { return KZM_VERSION_MINOR; }
 int KZMBasUtlVersion::Patch() const { return KZM_VERSION_PATCH; }
