@@ -22,6 +22,12 @@ bool Contains(const int* first, const int* last, int v) {
     return std::find(first, last, v) != last;
 }
 
+// The next multiple of 1024 from n on.
+int RoundedCapacity(int n) {
+    const std::int64_t rounded = (std::int64_t{n} + 1023) / 1024 * 1024;
+    return static_cast<int>(std::min<std::int64_t>(rounded, INT_MAX));
+}
+
 void List(const omi_BlkBitVect& bits, int* out) {
     omi_BlkBitVectTrav walk(&bits);
     unsigned int bit;
@@ -118,14 +124,19 @@ void omi_SparseSet::Clear() {
 
 void omi_SparseSet::Reserve(int n) {
     if (n <= m_capacity) return;
-    const std::int64_t rounded = (std::int64_t{n} + 1023) / 1024 * 1024;
-    const int capacity = static_cast<int>(std::min<std::int64_t>(rounded, INT_MAX));
+    const int capacity = RoundedCapacity(n);
     m_values.Reserve(capacity);
     m_capacity = capacity;
 }
 
+// The array itself grows by half, unless the step is larger: filling a set one by one stays linear.
 void omi_SparseSet::ReserveAdditional(int n) {
     if (n > INT_MAX - m_count) throw std::bad_alloc();
+    const int room = m_values.Capacity();
+    if (m_count + n > room && room > 0) {
+        const int grown = room > INT_MAX / 3 * 2 ? INT_MAX : room + room / 2;
+        m_values.Reserve(std::max(RoundedCapacity(m_count + n), grown));
+    }
     Reserve(m_count + n);
 }
 
