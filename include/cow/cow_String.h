@@ -13,19 +13,22 @@
 // its text.
 //
 // Edges, for every operation: a null text is the empty text; a position outside the text is moved
-// to its nearest end; a count is cut to the bytes there are, so 2147483647 means to the end and a
-// negative count none. Sources may point into the string itself. On exhaustion std::bad_alloc is
-// thrown and the string is as before. One thread at a time for a string and all its copies.
+// to its nearest end; a count is cut to the bytes the text has from there, so 2147483647 means to
+// the end and a negative count none. Sources may point into the string itself. On exhaustion
+// std::bad_alloc is thrown and the string is as before. One thread at a time for a string and all
+// its copies.
 class KZM_API cow_String : public atr_StringBase {
 public:
     cow_String() = default;
     cow_String(const cow_String& other) = default;
     cow_String(const atr_StringBase& other) : atr_StringBase(other) {}  // shares
     cow_String(const char* s) : atr_StringBase(s) {}
-    cow_String(const char* s, int n) : atr_StringBase(s, n) {}  // n bytes, zero bytes included
-    explicit cow_String(std::string_view s);                    // as (s.data(), s.size())
-    cow_String(int value) : atr_StringBase(value) {}            // "0" for a literal 0, not null
-    cow_String(float value) : atr_StringBase(value) {}          // shortest text that reads back
+    // n bytes, zero bytes included: s must have them. 2147483647 reads up to the terminator.
+    cow_String(const char* s, int n) : atr_StringBase(s, n) {}
+    explicit cow_String(std::string_view s);            // as (s.data(), s.size())
+    cow_String(int value) : atr_StringBase(value) {}    // "0" for a literal 0, not null
+    cow_String(char) = delete;                          // the character or its number? Say which
+    cow_String(float value) : atr_StringBase(value) {}  // shortest text that reads back
     cow_String(double value) : atr_StringBase(value) {}
     cow_String(int n, PreSizeEnm size) : atr_StringBase(n, size) {}  // empty, room for n bytes
     ~cow_String() = default;
@@ -110,6 +113,11 @@ inline int BtreeCompare(const atr_StringBase& a, const atr_StringBase& b) {
     return atr_getNaturalOrder() != 0 ? strnatcmp(b.CStr(), a.CStr()) : b.Compare(a);
 }
 
+inline int BtreeCompare(const cow_String& a, const cow_String& b) {
+    return BtreeCompare(static_cast<const atr_StringBase&>(a),
+                        static_cast<const atr_StringBase&>(b));
+}
+
 // Bit i (from 0 on) of a key in the bitwise search trees: the lowest bit of a byte, taken by turns
 // from the front and from the back. False beyond bit Length(). A cheap discriminator, not a code
 // of the whole key.
@@ -118,6 +126,10 @@ inline bool cow_MapBit(const atr_StringBase& key, int i) {
     if (i > length) return false;
     const int pos = i % 2 == 0 ? i / 2 : length - 1 - i / 2;
     return (key.CStr()[pos] & 1) != 0;
+}
+
+inline bool cow_MapBit(const cow_String& key, int i) {
+    return cow_MapBit(static_cast<const atr_StringBase&>(key), i);
 }
 
 KZM_API std::ostream& operator<<(std::ostream& os, const cow_String& s);

@@ -46,7 +46,7 @@ public:
         return word && (*word >> (i & 31) & 1);
     }
 
-    // The number of members. O(1), O(blocks) once after compound operators.
+    // The number of members, modulo 2^32. O(1), O(blocks) once after compound operators.
     unsigned int Size() const {
         if (m_stale) Recount();
         return m_bitCount;

@@ -25,7 +25,8 @@ public:
     virtual ~omi_BlockedArray();
 
     // The cell's address, null where its block is absent. Never allocates, O(1). Stays valid while
-    // the table grows; ends with the block (Clear, reshaping assignment, destruction).
+    // the table grows; ends with the block (Clear, destruction, an assignment that reshapes the
+    // array or whose source lacks the block).
     T* GetCell(unsigned index) const {
         const unsigned slot = index >> (m_blockShift & 31);
         if (slot >= m_slotCount) return nullptr;

@@ -50,7 +50,7 @@ public:
     // The address of a member's value, null for other keys.
     V* FindCell(int key) const { return Half(key).FindCell(Magnitude(key)); }
 
-    // The value of a key that must be a member (checked in debug builds).
+    // The value of a key that must be a member.
     V& Get(int key) const { return Half(key).Get(Magnitude(key)); }
     const V& ConstGet(int key) const { return Half(key).ConstGet(Magnitude(key)); }
 

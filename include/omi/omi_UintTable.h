@@ -48,9 +48,9 @@ private:
 // Map from unsigned 32-bit keys to values of V, for keys such as node and element numbers. The top
 // bits of a key select a block, which exists only while it has a member; the low bits select the
 // cell in it. A look-up is two shifts and masks and at most three indirections, without hashing or
-// comparing. Keys that lie close together share blocks: one that stands alone costs about 6 KiB by
-// default. Members are visited in ascending order, with begin() and end() as pairs of key and
-// value, or with omi_UintTableIterator, which can also go back and sort.
+// comparing. Keys that lie close together share blocks: one that stands alone costs 1024 cells and
+// about 2 KiB besides. Members are visited in ascending order, with begin() and end() as pairs of
+// key and value, or with omi_UintTableIterator, which can also go back and sort.
 //
 // The policy A supplies the table and its blocks, omi_BlockedArray and omi_BlkBitVect what lies in
 // them. When memory runs out, std::bad_alloc leaves the members as they were.
@@ -71,7 +71,8 @@ public:
 
     // The top `blockBits` of a key select the block, the next `innerBits` a group of cells that
     // appears as a whole, the rest the cell; a block makes room for `innerGrowth` groups at a time.
-    // blockBits is at most 32, and so is blockBits + innerBits (checked in debug builds).
+    // blockBits is at most 32, and blockBits + innerBits is 1 to 32 (checked in debug builds). An
+    // innerGrowth of 0 stands for 128.
     omi_UintTable(unsigned int blockBits, unsigned int innerBits, unsigned int innerGrowth);
 
     // As omi_UintTable(unsigned), then inserts keys[i] with values[i] in order of i; of equal keys
@@ -115,8 +116,8 @@ public:
         return block->GetCell(key & m_localMask);
     }
 
-    // The value of a key that must be a member (checked in debug builds). The reference stays valid
-    // until the last member of the key's block is removed.
+    // The value of a key that must be a member; only that its block exists is checked, in debug
+    // builds. The reference stays valid until the last member of the key's block is removed.
     V& Get(unsigned int key) { return Cell(key); }
     const V& ConstGet(unsigned int key) const { return Cell(key); }
 
@@ -170,7 +171,7 @@ private:
     }
 
     V& Cell(unsigned int key) const {
-        assert(IsMember(key));
+        assert(FindTableBlock(key));
         return *FindTableBlock(key)->GetCell(key & m_localMask);
     }
 

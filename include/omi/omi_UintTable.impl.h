@@ -94,7 +94,7 @@ unsigned int omi_UintTable<V, A>::Footprint() const {
 template <class V, class A>
 void omi_UintTable<V, A>::Initialize(unsigned int blockBits, unsigned int innerBits,
                                      unsigned int innerGrowth) {
-    assert(blockBits <= 32 && innerBits <= 32 - blockBits);
+    assert(blockBits <= 32 && innerBits <= 32 - blockBits && blockBits + innerBits > 0);
     m_memberCount = 0;
     m_slotCount = 2;
     m_keyShift = 32 - blockBits;

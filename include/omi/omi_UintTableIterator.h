@@ -9,10 +9,11 @@
 //     omi_UintTableIterator<int, KZMBasOmiDefaultAllocator> it(table);
 //     for (it.First(); !it.IsDone(); it.Next()) Use(it.CurrentKey(), it.CurrentValue());
 //
-// It stands nowhere, IsDone, until First or Last. In key order it works on the table's own blocks:
-// changing values is fine, inserting or removing keys ends the walk; to remove while walking,
-// collect the keys first. With a comparison function the first First or Last takes an array of all
-// members, which later changes of the table do not reach; O(n log n).
+// It stands nowhere, IsDone, until First or Last. Changing values is fine; inserting or removing
+// keys ends the walk: to remove while walking, collect the keys first. With a comparison function
+// the first First or Last sorts an array of all members, O(n log n), and keys and their order stay
+// those of that moment. Beyond its ends, Next and Previous do nothing in key order; in the sorted
+// array they keep counting, so that one step back returns to the end that was left.
 template <class V, class A>
 class omi_UintTableIterator {
 public:
@@ -56,7 +57,8 @@ public:
     }
 
     // In key order: goes on to the lowest key of the next block, or to the highest of the block
-    // before. False, and IsDone, if there is none.
+    // before; from nowhere, of the first or last. False, and IsDone, if there is none. With a
+    // comparison function: false.
     bool NextBlock();
     bool PreviousBlock();
 

@@ -2,6 +2,9 @@
 #include <omi/omi_UintTable.impl.h>
 #include <omi/omi_UintTableIterator.h>
 
+#include <algorithm>
+#include <cstdint>
+
 template <class V, class A>
 void omi_UintTableIterator<V, A>::First() {
     if (m_compare) {
@@ -26,8 +29,9 @@ void omi_UintTableIterator<V, A>::Last() {
 
 template <class V, class A>
 bool omi_UintTableIterator<V, A>::NextBlock() {
+    if (m_compare) return false;
     const std::int64_t end = m_table->m_slotCount;
-    while (++m_slot < end)
+    for (m_slot = std::clamp<std::int64_t>(m_slot + 1, 0, end); m_slot < end; ++m_slot)
         if (Enter(m_slot) && m_walk.First(m_local)) return true;
     m_block = nullptr;
     return false;
@@ -35,7 +39,9 @@ bool omi_UintTableIterator<V, A>::NextBlock() {
 
 template <class V, class A>
 bool omi_UintTableIterator<V, A>::PreviousBlock() {
-    while (--m_slot >= 0)
+    if (m_compare) return false;
+    const std::int64_t last = std::int64_t{m_table->m_slotCount} - 1;
+    for (m_slot = std::clamp<std::int64_t>(m_slot - 1, -1, last); m_slot >= 0; --m_slot)
         if (Enter(m_slot) && m_walk.Last(m_local)) return true;
     m_block = nullptr;
     return false;

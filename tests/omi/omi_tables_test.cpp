@@ -101,13 +101,18 @@ TEST(UintTable, IterationByBlockStartsAtTheNeighbouringBlocksEdge) {
     for (const unsigned key : {1u, 5u, (2u << 20) + 3, (2u << 20) + 9}) table.Insert(key, 0);
     UintIterator it(table);
     EXPECT_TRUE(it.IsDone());
-    it.First();
+    EXPECT_TRUE(it.NextBlock());  // from nowhere: the first block
     EXPECT_TRUE(it.NextBlock());
     EXPECT_EQ(it.CurrentKey(), (2u << 20) + 3);
     EXPECT_TRUE(it.PreviousBlock());
     EXPECT_EQ(it.CurrentKey(), 5u);
-    EXPECT_FALSE(it.PreviousBlock());
-    EXPECT_TRUE(it.IsDone());
+    for (const bool forward : {false, true}) {  // beyond either end and back
+        for (int i = 0; i < 3; ++i)
+            EXPECT_EQ(forward ? it.NextBlock() : it.PreviousBlock(), forward && i < 2);
+        EXPECT_TRUE(it.IsDone());
+    }
+    EXPECT_TRUE(it.PreviousBlock());
+    EXPECT_EQ(it.CurrentKey(), (2u << 20) + 9);
 }
 
 int DescendingKeys(const void* a, const void* b) {

@@ -1,6 +1,7 @@
 #pragma once
 #include <host/host_heap.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 
@@ -8,7 +9,7 @@
 namespace core_heap {
 
 inline void* Take(std::size_t size) {
-    void* const block = host_heap::Allowed() ? std::malloc(size) : nullptr;
+    void* const block = size <= PTRDIFF_MAX && host_heap::Allowed() ? std::malloc(size) : nullptr;
     if (!block) throw std::bad_alloc();
     host_heap::Taken();
     return block;

@@ -22,7 +22,8 @@ struct atr_StringRecord {
 // In all operations a null text reads as the empty text, positions outside the text are moved to
 // its nearest end, and a count is cut to the bytes there are (2147483647: to the end; negative:
 // none). A source may lie inside the string itself. Growth is amortised. On exhaustion
-// std::bad_alloc is thrown and the string stays as it was; so for texts past 2147483647 bytes.
+// std::bad_alloc is thrown and the string stays as it was; so where a text would grow past
+// 2147483647 bytes. A single source is cut to that length.
 class KZM_API atr_StringBase {
 public:
     enum PreSizeEnm { PreSize };
