@@ -2,6 +2,7 @@
 #include <coreutils/atr_StringBase.h>
 #include <coreutils/atr_naturalOrder.h>
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <iosfwd>
@@ -109,28 +110,25 @@ private:
 
 // Key order of the trees, b compared with a: positive when a sorts before b, the opposite of
 // Compare. Bytewise -1, 0 or +1, or as strnatcmp says while natural order is switched on.
-inline int BtreeCompare(const atr_StringBase& a, const atr_StringBase& b) {
+template <std::derived_from<atr_StringBase> A, std::derived_from<atr_StringBase> B>
+int BtreeCompare(const A& a, const B& b) {
     return atr_getNaturalOrder() != 0 ? strnatcmp(b.CStr(), a.CStr()) : b.Compare(a);
 }
-
 inline int BtreeCompare(const cow_String& a, const cow_String& b) {
-    return BtreeCompare(static_cast<const atr_StringBase&>(a),
-                        static_cast<const atr_StringBase&>(b));
+    return BtreeCompare<cow_String, cow_String>(a, b);
 }
 
 // Bit i (from 0 on) of a key in the bitwise search trees: the lowest bit of a byte, taken by turns
 // from the front and from the back. False beyond bit Length(). A cheap discriminator, not a code
 // of the whole key.
-inline bool cow_MapBit(const atr_StringBase& key, int i) {
+template <std::derived_from<atr_StringBase> Key>
+bool cow_MapBit(const Key& key, int i) {
     const int length = key.Length();
     if (i > length) return false;
     const int pos = i % 2 == 0 ? i / 2 : length - 1 - i / 2;
     return (key.CStr()[pos] & 1) != 0;
 }
-
-inline bool cow_MapBit(const cow_String& key, int i) {
-    return cow_MapBit(static_cast<const atr_StringBase&>(key), i);
-}
+inline bool cow_MapBit(const cow_String& key, int i) { return cow_MapBit<cow_String>(key, i); }
 
 KZM_API std::ostream& operator<<(std::ostream& os, const cow_String& s);
 

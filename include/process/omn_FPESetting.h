@@ -10,8 +10,8 @@
 // Whether a wish for traps is to be ignored. Takes effect with the next omn_globalFPESetting.
 KZM_API void omn_ignoreFPESetting(bool ignore);
 
-// Applies the setting to the calling thread; new threads inherit it or call this themselves. Called
-// at the start of the library.
+// Applies the setting to the calling thread; called at the start of the library. On Linux new
+// threads inherit it, on Windows they begin with everything masked and call this themselves.
 KZM_API void omn_globalFPESetting();
 
 struct omn_FPEState {

@@ -17,7 +17,8 @@
 //     Cache::Instance().Find(pattern);
 //
 // Creation and finalization hold the process-wide lock, which is recursive, so that T's constructor
-// and destructor may reach other singletons. Finalize while others use the object is not guarded.
+// and destructor may reach other singletons, though T() not its own Instance and ~T not Finalize.
+// Finalize while others use the object is not guarded.
 //
 // A singleton that several modules share needs KZM_DECLARE_GLOBAL_SINGLETON in its header and
 // KZM_DEFINE(KZMBasAtiGlobalSingleton<T>) in one source of the module that owns it.
@@ -104,6 +105,7 @@ void KZMBasAtiGlobalSingleton<T>::CreateLocks() {
 
 template <class T>
 T* KZMBasAtiGlobalSingleton<T>::Create() {
+    static_assert(alignof(T) <= 2 * sizeof(void*), "the heap aligns to two pointers");
     void* const inst2 = mem_OperatorNewThrow(sizeof(T));
     if (!inst2) Fail("AssertionFailed:inst2 != 0", 84);
     try {

@@ -3,8 +3,9 @@
 
 class KZMBasMemPoolCow;
 
-// While one of these has been made, the allocation library's copy-on-write pool keeps track of its
-// blocks. The pool is a singleton of the process: nothing switches tracking off again.
+// Making the first of these has the allocation library's copy-on-write pool keep track of its
+// blocks from then on. The pool is a singleton of the process, and nothing switches tracking off
+// again. An object of this class must not be used after the library has stopped.
 class KZM_API KZMBasCowTrackingAllocator {
 public:
     KZMBasCowTrackingAllocator();

@@ -26,8 +26,8 @@ public:
 
     static KZMBasCamPool* GetPool();           // null: the general heap
     static void SetPool(KZMBasCamPool* pool);  // not owned
-    static void
-    Initialize();            // asks the manager for pool N; keeps what is set if it has no opinion
+    // Asks the manager for pool N; without a manager, what is set stays.
+    static void Initialize();
     static void Finalize();  // back to the general heap
 
     void DebugPrint() const;  // does nothing

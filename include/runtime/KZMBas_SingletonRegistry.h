@@ -24,15 +24,16 @@ struct SingletonDestructCondition {
 // one order whichever module loaded first. Clients call Destroy for both phases while they shut
 // down; what is left ends with the registry.
 //
-// A finalizer may call Tag and Destroy. It must not throw, and must not touch a singleton of this
-// library: one that is finalized already would come to life again and stay. A client that is
-// unloaded runs its finalizers first, since only their addresses are kept here.
+// A finalizer may call Tag and Destroy, which do not run it again. It must not throw, and must not
+// touch a singleton of this library: one that is finalized already would come to life again and
+// stay. A client that is unloaded runs its finalizers first, since only their addresses are kept
+// here.
 class KZM_API KZMBas_SingletonRegistry : public omi_SingletonBase<KZMBas_SingletonRegistry> {
 public:
     KZMBas_SingletonRegistry();
     virtual ~KZMBas_SingletonRegistry();  // Destroy()
 
-    // Replaces a finalizer tagged with the same ID before.
+    // Replaces a finalizer tagged with the same ID before. Null tags the ID with nothing to call.
     void Tag(const int& id, void (*finalizer)());
 
     // Calls the finalizer and removes it; 1, or 0 if there is none. What the finalizer tags under
@@ -58,9 +59,10 @@ public:
 
 private:
     friend struct kzm_Layout;
-    using Table = omi_UintTable<void (*)(), KZMBasOmiDefaultAllocator>;
+    using Finalizer = void (*)();
+    using Table = omi_UintTable<Finalizer, KZMBasOmiDefaultAllocator>;
 
-    bool Find(int id, void (*&finalizer)()) const;
+    bool Call(int id) const;
     bool NextId(std::int64_t after, int& id) const;
     void Leftover(int id, bool print) const;
     Table& TableOf(int id) const { return id < 0 ? *m_negative : *m_nonNegative; }

@@ -17,8 +17,8 @@ class omi_Singleton;
 //     omi_SingletonBase<Monitor>::Finalize();
 //
 // No lock: for objects first reached from one thread. Where several threads may race for the first
-// use, take KZMBasAtiGlobalSingleton. While it lives, the object is listed in the allocation
-// library's registry under typeid(T).name(), provided that library is started.
+// use, take KZMBasAtiGlobalSingleton. An object that is made while the allocation library is
+// started is listed in that library's registry under typeid(T).name() until either ends.
 //
 // A singleton that several modules share needs KZM_DECLARE_SINGLETON in its header and
 // KZM_DEFINE_SINGLETON in one source of the module that owns it; without them every Windows module
@@ -27,8 +27,8 @@ template <class T>
 class KZM_API omi_SingletonBase {
 public:
     // Takes the name out of the registry, destroys the object and frees it. Harmless if there is
-    // none. While ~T runs, Instance() still yields the dying object; afterwards the next Instance()
-    // makes a new one.
+    // none. While ~T runs, Instance() still yields the dying object, and Finalize must not be
+    // called again; afterwards the next Instance() makes a new one.
     static void Finalize();
 
     omi_SingletonBase(const omi_SingletonBase&) = delete;
@@ -53,6 +53,8 @@ private:
 template <class T>
 class KZM_API omi_Singleton : public omi_SingletonBase<T> {
 public:
+    omi_Singleton() = delete;  // only T itself is ever made
+
     // Creates the object on the first call. If T's constructor throws, everything is as before the
     // call. Ends the process if the new T did not become the instance, which happens when its
     // constructor made another T.
@@ -89,9 +91,9 @@ void omi_SingletonBase<T>::Withdraw() {
 template <class T>
 void omi_SingletonBase<T>::Finalize() {
     Withdraw();
-    if (s_instance) {
-        s_instance->~T();
-        mem_Free(s_instance);
+    if (T* const instance = s_instance) {
+        instance->~T();
+        mem_Free(instance);
     }
     s_instance = nullptr;
 }
@@ -100,6 +102,7 @@ template <class T>
 T& omi_Singleton<T>::Instance() {
     using Base = omi_SingletonBase<T>;
     if (Base::s_instance) return *Base::s_instance;
+    static_assert(alignof(T) <= 2 * sizeof(void*), "the heap aligns to two pointers");
     void* const block = mem_OperatorNewThrow(sizeof(T));
     T* created;
     try {

@@ -4,7 +4,8 @@
 
 // Compiled regular expressions by the text of their pattern, so that a pattern is compiled once in
 // a process. The cache knows nothing of the engine: it keeps what Store is given and hands it to
-// the release function when it ends. All operations may be called from several threads.
+// the release function, if there is one, when it ends. A null pattern is the empty one. All
+// operations may be called from several threads.
 class KZM_API rgx_ReCompileCache : public KZMBasAtiGlobalSingleton<rgx_ReCompileCache> {
 public:
     rgx_ReCompileCache();

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <initializer_list>
 #include <new>
+#include <utility>
 
 template class omi_UintTable<void (*)(), KZMBasOmiDefaultAllocator>;
 KZM_DEFINE_SINGLETON(KZMBas_SingletonRegistry)
@@ -37,6 +38,9 @@ void DeleteTable(Table* table) {
     table->~Table();
     mem_Free(table);
 }
+
+// Stands in for a finalizer while it runs, so that it is not called again from within.
+void Running() {}
 
 int* NewIds(int count) {
     try {
@@ -75,15 +79,17 @@ void KZMBas_SingletonRegistry::Tag(const int& id, void (*finalizer)()) {
     TableOf(id).Insert(KeyOf(id), finalizer);
 }
 
-bool KZMBas_SingletonRegistry::Find(int id, void (*&finalizer)()) const {
-    return TableOf(id).ConstGetValue(KeyOf(id), finalizer);
+bool KZMBas_SingletonRegistry::Call(int id) const {
+    Finalizer* const cell = TableOf(id).FindCell(KeyOf(id));
+    if (!cell) return false;
+    const Finalizer finalizer = std::exchange(*cell, &Running);
+    if (finalizer) finalizer();
+    return true;
 }
 
 int KZMBas_SingletonRegistry::Destroy(const int& id) {
     const int own = id;  // the finalizer may end the life of the argument
-    void (*finalizer)();
-    if (!Find(own, finalizer)) return 0;
-    finalizer();
+    if (!Call(own)) return 0;
     TableOf(own).Remove(KeyOf(own));
     return 1;
 }
@@ -118,14 +124,18 @@ void KZMBas_SingletonRegistry::Destroy(const SingletonDestructPhase& phase) {
 void KZMBas_SingletonRegistry::Destroy() {
     const bool print = platform::Environment("KZM_PRINT_FINALIZED_LEFTOVER_SINGLETON") != nullptr;
     int* const ids = NewIds(m_negative->Size() + m_nonNegative->Size());
-    int listed = 0;
-    int id;
-    for (bool more = NextId(INT64_MIN, id); more; more = NextId(id, id)) {
-        if (ids)
-            ids[listed++] = id;
-        else
-            Leftover(id, print);
+    if (!ids) {
+        int id;
+        for (bool more = NextId(INT64_MIN, id); more; more = NextId(id, id)) Leftover(id, print);
+        return;
     }
+    int listed = 0;
+    TableIterator negative(*m_negative);
+    for (negative.Last(); !negative.IsDone(); negative.Previous())
+        ids[listed++] = static_cast<int>(0u - negative.CurrentKey());
+    TableIterator nonNegative(*m_nonNegative);
+    for (nonNegative.First(); !nonNegative.IsDone(); nonNegative.Next())
+        ids[listed++] = static_cast<int>(nonNegative.CurrentKey());
     for (int i = 0; i < listed; ++i) Leftover(ids[i], print);
     mem_Free(ids);
 }
@@ -145,10 +155,13 @@ bool KZMBas_SingletonRegistry::NextId(std::int64_t after, int& id) const {
 }
 
 void KZMBas_SingletonRegistry::Leftover(int id, bool print) const {
-    void (*finalizer)();
-    if (!Find(id, finalizer)) return;
+    Finalizer* const cell = TableOf(id).FindCell(KeyOf(id));
+    if (!cell) return;
     if (id >= 1) {
-        finalizer();
+        const Finalizer finalizer = *cell;
+        Call(id);
+        Finalizer* const left = TableOf(id).FindCell(KeyOf(id));
+        if (left && *left == &Running) *left = finalizer;
         if (print) Print("Singleton with ID %n is now finalized in the end\n", id);
     } else if (print) {
         Print("Singleton with ID %s is registered but not finalized\n", id);

@@ -1,3 +1,4 @@
+#include <coreutils/atr_StringBase.h>
 #include <runtime/mem_AllocationOperators.h>
 #include <runtime/rgx_ReCompileCache.h>
 
@@ -20,14 +21,16 @@ rgx_ReCompileCache::~rgx_ReCompileCache() { delete m_table; }
 
 const void* rgx_ReCompileCache::Find(const char* pattern) const {
     const std::lock_guard lock(m_table->m_mutex);
-    const auto found = m_table->m_byPattern.find(pattern);
+    const auto found = m_table->m_byPattern.find(atr_StringBase::OrEmpty(pattern));
     return found == m_table->m_byPattern.end() ? nullptr : found->second.get();
 }
 
 const void* rgx_ReCompileCache::Store(const char* pattern, void* compiled, void (*release)(void*)) {
-    Table::Compiled owned(compiled, release);
+    Table::Compiled owned(
+        compiled, release ? release : [](void*) {});
     const std::lock_guard lock(m_table->m_mutex);
-    return m_table->m_byPattern.try_emplace(pattern, std::move(owned)).first->second.get();
+    return m_table->m_byPattern.try_emplace(atr_StringBase::OrEmpty(pattern), std::move(owned))
+        .first->second.get();
 }
 
 int rgx_ReCompileCache::Size() const {

@@ -104,6 +104,7 @@ TEST(String, TreeOrderFollowsTheNaturalSwitch) {
     EXPECT_GT(BtreeCompare(cow_String("x9"), cow_String("x10")), 0);
     atr_setNaturalOrder(0);
     EXPECT_EQ(BtreeCompare(cow_String("x10"), atr_String("x9")), 1);
+    EXPECT_EQ(BtreeCompare("x10", "x9"), 1);
 }
 
 TEST(String, MapBitsAlternateBetweenFrontAndBack) {

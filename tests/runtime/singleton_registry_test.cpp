@@ -124,6 +124,21 @@ TEST_F(SingletonRegistry, FinalizersMayTagAndDestroy) {
     EXPECT_EQ(Leftovers(), "six 7 9 ");  // what is tagged meanwhile is dropped
 }
 
+TEST_F(SingletonRegistry, AFinalizerDoesNotRunAgainFromWithin) {
+    const auto again = [] {
+        Finalizer<5>();
+        Registry().Destroy(5);
+        Run(0);
+        Registry().Destroy();
+    };
+    Registry().Tag(5, again);
+    Registry().Tag(9, nullptr);
+    Run(0);
+    EXPECT_EQ(Called(), "5 ");
+    Registry().Tag(5, again);
+    EXPECT_EQ(Leftovers(), "5 ");
+}
+
 TEST_F(SingletonRegistry, LeftoversEndInAscendingOrderAndAreReportedOnRequest) {
     const auto run = [](const char* variable) {
         platform::SetEnvironment("KZM_PRINT_FINALIZED_LEFTOVER_SINGLETON", variable);

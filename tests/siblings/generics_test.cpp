@@ -73,6 +73,15 @@ TEST(Vector, RoomIsKeptUntilCompacted) {
     EXPECT_EQ(vector.Capacity(), 0);
 }
 
+TEST(Vector, OwnElementsMayBeAppendedAndNoneRemoved) {
+    KZMBasVector<std::string> vector;
+    vector.Append("a text longer than any small buffer");
+    for (int i = 0; i < 4; ++i) vector.Append(vector.Data(), vector.Size());
+    vector.Remove(0, 0);
+    vector.Remove(3, -1);
+    EXPECT_EQ(vector, KZMBasVector<std::string>(16, "a text longer than any small buffer"));
+}
+
 TEST(Tree, MatchesTheStandardMapUnderRandomEdits) {
     std::minstd_rand rng(1);
     KZMBasTree<int, cow_String> tree;

@@ -9,6 +9,7 @@ namespace {
 constinit INIT_ONCE g_once = INIT_ONCE_STATIC_INIT;
 constinit CRITICAL_SECTION g_lock{};
 constinit DWORD g_slot = FLS_OUT_OF_INDEXES;
+constinit DWORD g_ended = TLS_OUT_OF_INDEXES;  // set for a thread whose cache has been taken back
 constinit tiny_heap::ThreadCache g_none{};
 
 BOOL CALLBACK CreateLock(PINIT_ONCE, void*, void**) {
@@ -21,6 +22,7 @@ void NTAPI OnThreadEnd(void* cache) {
     if (!cache) return;
     tiny_heap::ThreadEnds(*static_cast<tiny_heap::ThreadCache*>(cache));
     std::free(cache);
+    TlsSetValue(g_ended, &g_none);
 }
 
 }  // namespace
@@ -57,17 +59,23 @@ void Lock() {
 void Unlock() { LeaveCriticalSection(&g_lock); }
 
 bool WatchThreads() {
+    g_ended = TlsAlloc();
+    if (g_ended == TLS_OUT_OF_INDEXES) return false;
     g_slot = FlsAlloc(&OnThreadEnd);
+    if (g_slot == FLS_OUT_OF_INDEXES) TlsFree(g_ended);
     return g_slot != FLS_OUT_OF_INDEXES;
 }
 
 void UnwatchThreads() {
     const DWORD slot = g_slot;
     g_slot = FLS_OUT_OF_INDEXES;
-    if (slot != FLS_OUT_OF_INDEXES) FlsFree(slot);
+    if (slot == FLS_OUT_OF_INDEXES) return;
+    FlsFree(slot);
+    TlsFree(g_ended);
 }
 
 tiny_heap::ThreadCache* AttachCache() {
+    if (TlsGetValue(g_ended)) return nullptr;
     void* const cache = std::calloc(1, sizeof(tiny_heap::ThreadCache));
     if (cache && !FlsSetValue(g_slot, cache)) {
         std::free(cache);

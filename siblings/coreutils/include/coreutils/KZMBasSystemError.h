@@ -10,7 +10,8 @@ public:
     // The calling thread's last error; call it right after what failed.
     static KZMBasSystemError Last();
 
-    // One line of UTF-8 without a line end; never null and never empty.
+    // One line, UTF-8 on Windows and in the encoding of the locale elsewhere, without a line end;
+    // never null and never empty.
     const char* AsString() const { return m_text; }
     int Number() const { return m_number; }
 

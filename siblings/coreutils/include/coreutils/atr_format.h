@@ -3,10 +3,12 @@
 #include <coreutils/atr_String.h>
 
 #include <concepts>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <initializer_list>
 #include <string_view>
+#include <type_traits>
 
 // One argument of the formatter, with its type. Refers to texts; made for the length of a call.
 class KZM_API atr_FormatArg {
@@ -26,6 +28,10 @@ public:
             m_unsigned = value;
         }
     }
+    template <class E>
+    requires std::is_enum_v<E> atr_FormatArg(E value)
+        : atr_FormatArg(static_cast<std::underlying_type_t<E>>(value)) {}
+    atr_FormatArg(std::nullptr_t) { SetText(""); }
     atr_FormatArg(float value) : m_kind(Kind::kFloat), m_float(value) {}
     atr_FormatArg(double value) : m_kind(Kind::kDouble), m_double(value) {}
     atr_FormatArg(const char* text) { SetText(atr_StringBase::OrEmpty(text)); }
@@ -80,7 +86,8 @@ inline atr_String atr(const char* text) {
 
 template <class... Args>
 void atr_print(std::FILE* file, const char* format, const Args&... args) {
-    std::fputs(atr_format(format, args...).CStr(), file);
+    const atr_String text = atr_format(format, args...);
+    std::fwrite(text.CStr(), 1, static_cast<std::size_t>(text.Length()), file);
 }
 
 // Installs the translation for texts shown to the user; null, as at load, leaves them as they are.

@@ -1,28 +1,23 @@
 #pragma once
 #include <kzm_export.h>
 
+#include <concepts>
 #include <cstdint>
+#include <type_traits>
 
 // The bucket of a key: a number below `buckets`, and 0 if there are none. Keys in arithmetic
-// progression and aligned addresses spread well. The same key gives the same bucket on every
-// system, addresses excepted.
-inline unsigned HashValue(std::uint64_t key, unsigned buckets) {
-    key *= 0x9E3779B97F4A7C15u;
-    key ^= key >> 32;
-    key *= 0xD6E8FEB86659FD93u;
-    return static_cast<unsigned>(((key >> 32) * buckets) >> 32);
-}
-inline unsigned HashValue(std::int64_t key, unsigned buckets) {
-    return HashValue(static_cast<std::uint64_t>(key), buckets);
-}
-inline unsigned HashValue(unsigned key, unsigned buckets) {
-    return HashValue(static_cast<std::uint64_t>(key), buckets);
-}
-inline unsigned HashValue(int key, unsigned buckets) {
-    return HashValue(static_cast<std::uint64_t>(static_cast<unsigned>(key)), buckets);
+// progression and aligned addresses spread well. The same key of the same width gives the same
+// bucket on every system, addresses excepted.
+template <std::integral T>
+unsigned HashValue(T key, unsigned buckets) {
+    std::uint64_t bits = static_cast<std::make_unsigned_t<T>>(key);
+    bits *= 0x9E3779B97F4A7C15u;
+    bits ^= bits >> 32;
+    bits *= 0xD6E8FEB86659FD93u;
+    return static_cast<unsigned>(((bits >> 32) * buckets) >> 32);
 }
 inline unsigned HashValue(const void* key, unsigned buckets) {
-    return HashValue(static_cast<std::uint64_t>(reinterpret_cast<std::uintptr_t>(key)), buckets);
+    return HashValue(std::uint64_t{reinterpret_cast<std::uintptr_t>(key)}, buckets);
 }
 
 // By the bytes of the text; null is the empty text.

@@ -2,6 +2,7 @@
 #include <kzm_export.h>
 
 #include <cstddef>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -26,7 +27,7 @@ protected:
 
 // Growable array, 0-based. An index must be below Size(), which is not checked. Elements lie side
 // by side; pointers to them end when the vector grows. T's copy constructor may throw, its move
-// constructor and destructor must not. On exhaustion std::bad_alloc leaves and the vector is as it
+// operations and destructor must not. On exhaustion std::bad_alloc leaves and the vector is as it
 // was. For arrays that are passed by value take cow_List.
 template <class T>
 class KZMBasVector : private KZMBasVectorStorage {
@@ -84,12 +85,12 @@ public:
             ++m_size;
         }
     }
-    void Append(const T* values, int n);  // n below 1 appends nothing; not own elements
+    void Append(const T* values, int n);  // n below 1 appends nothing; own elements may be given
 
     // Before the element at i; i == Size() appends. The value may be an element.
     void Insert(int i, const T& value);
     void Remove(int i) { Remove(i, 1); }
-    void Remove(int i, int n);  // n elements from i on, all of which exist
+    void Remove(int i, int n);  // n elements from i on, all of which exist; n below 1 removes none
     void RemoveLast() { Data()[--m_size].~T(); }
     void Clear() {  // keeps the room
         while (m_size > 0) RemoveLast();
@@ -136,7 +137,12 @@ void KZMBasVector<T>::Resize(int size, const T& value) {
 template <class T>
 void KZMBasVector<T>::Append(const T* values, int n) {
     if (n < 1) return;
-    if (n > m_capacity - m_size) Reserve(GrownCapacity(n));
+    if (n > m_capacity - m_size) {
+        const bool own = !std::less<>()(values, Data()) && std::less<>()(values, Data() + m_size);
+        const std::ptrdiff_t at = own ? values - Data() : 0;
+        Reserve(GrownCapacity(n));
+        if (own) values = Data() + at;
+    }
     const int before = m_size;
     try {
         for (int i = 0; i < n; ++i, ++m_size) ::new (static_cast<void*>(end())) T(values[i]);
@@ -154,6 +160,7 @@ void KZMBasVector<T>::Insert(int i, const T& value) {
 
 template <class T>
 void KZMBasVector<T>::Remove(int i, int n) {
+    if (n < 1) return;
     for (int k = i; k + n < m_size; ++k) Data()[k] = std::move(Data()[k + n]);
     for (; n > 0; --n) RemoveLast();
 }
