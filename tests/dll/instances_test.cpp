@@ -145,6 +145,61 @@ struct Exercise<cow_COW<T, cow_Direct<T>>> {
     }
 };
 
+template <class K, class V>
+struct Exercise<cow_BtreeNode<K, V>> {
+    static bool Run() {
+        const cow_BtreeNode<K, V> node{K(), V()};
+        const cow_BtreeNode<K, V> copy(node);
+        return copy.ConstFind(K()) == &copy.value && !copy.Left() && copy.Depth() == 0;
+    }
+};
+
+template <class K, class V>
+struct Exercise<cow_MapNode<K, V>> {
+    static bool Run() {
+        const cow_MapNode<K, V> node{K(), V()};
+        const cow_MapNode<K, V> copy(node);
+        return copy.key == K() && copy.Child0().IsNull() && copy.Child(true).IsNull();
+    }
+};
+
+// Walks the one entry of a container.
+template <class Iterator, class Container>
+bool VisitsOne(const Container& container) {
+    Iterator it(container);
+    it.First();
+    const bool good = !it.IsDone() && &it.CurrentValue() == &it.CurrentValue();
+    it.Next();
+    return good && it.IsDone();
+}
+
+template <class K, class V>
+cow_Map<K, V> MapOfOne() {
+    cow_Map<K, V> map;
+    map.Insert(K(), V());
+    return map;
+}
+
+template <class K, class V>
+struct Exercise<cow_BtreeIterator<K, V>> {
+    static bool Run() {
+        cow_Btree<K, V> tree;
+        tree.InsertUnlessMember(K(), V());
+        const cow_Btree<K, V> copy(tree);
+        return VisitsOne<cow_BtreeIterator<K, V>>(copy) && tree.Remove(K()) && copy.IsMember(K());
+    }
+};
+
+template <class K, class V>
+struct Exercise<cow_ConstMapIterator<K, V>> {
+    static bool Run() { return VisitsOne<cow_ConstMapIterator<K, V>>(MapOfOne<K, V>()); }
+};
+
+template <class K, class V>
+struct Exercise<cow_ConstMapSortedIt<K, V>> {
+    static bool Run() { return VisitsOne<cow_ConstMapSortedIt<K, V>>(MapOfOne<K, V>()); }
+};
+
 template <class T>
 struct Exercise<omi_BlockedArray<T>> {
     static bool Run() {
