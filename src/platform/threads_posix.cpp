@@ -1,6 +1,6 @@
-#include <alloc/mem_alloc.h>
 #include <platform/threads.h>
 #include <pthread.h>
+#include <runtime/mem_AllocationOperators.h>
 #include <semaphore.h>
 #include <unistd.h>
 
@@ -30,7 +30,7 @@ private:
     sem_t m_semaphore;
 };
 
-class Waitable {
+class Waitable : public mem_AllocationOperators {
 public:
     virtual bool Wait() = 0;
     virtual void Close() = 0;
@@ -42,30 +42,23 @@ protected:
 template <class T, class... Arguments>
 T* New(Arguments... arguments) {
     try {
-        return ::new (mem_OperatorNewThrow(sizeof(T))) T(arguments...);
+        return new T(arguments...);
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
-}
-
-template <class T>
-void Delete(T* object) {
-    if (!object) return;
-    object->~T();
-    mem_Free(object);
 }
 
 class Event final : public Waitable {
 public:
     void Set() { m_set.Raise(); }
     bool Wait() override { return m_set.Take(); }
-    void Close() override { Delete(this); }
+    void Close() override { delete this; }
 
 private:
     Semaphore m_set;
 };
 
-struct Node {
+struct Node : mem_AllocationOperatorsTiny {
     Message message;
     Node* next;
 };
@@ -112,7 +105,7 @@ public:
         message = node->message;
         if (node == &m_spare) return message.number != kQuitMessage;
         lock.unlock();
-        Delete(node);
+        delete node;
         return message.number != kQuitMessage;
     }
 
@@ -128,7 +121,7 @@ public:
                 node = nullptr;
             }
         }
-        Delete(node);
+        delete node;
         return result;
     }
 
@@ -174,12 +167,12 @@ private:
         *at = m_nextWithQueue;
         while (m_first) {
             Node* const node = TakeFirst();
-            if (node != &m_spare) Delete(node);
+            if (node != &m_spare) delete node;
         }
     }
 
     void Release() {
-        if (m_owners.fetch_sub(1, std::memory_order_acq_rel) == 1) Delete(this);
+        if (m_owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
     }
 
     const ThreadFunction m_run;
@@ -210,7 +203,7 @@ Handle StartThread(ThreadFunction run, void* argument, std::uint32_t& id) {
     Thread* const thread = New<Thread>(run, argument);
     if (!thread) return nullptr;
     if (!thread->Start()) {
-        Delete(thread);
+        delete thread;
         return nullptr;
     }
     id = thread->Id();

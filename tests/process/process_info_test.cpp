@@ -3,7 +3,6 @@
 #include <process/KZMBasOmniProcessInfo.h>
 #include <process/exe_name.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
@@ -15,16 +14,7 @@ namespace {
 
 using Info = KZMBasOmniProcessInfo;
 
-class ProcessInfo : public testing::Test {
-protected:
-    ProcessInfo() { Info::Finalize(); }
-    ~ProcessInfo() override {
-        for (const char* const name : {"MPI_RANKID", "PMI_RANK"})
-            platform::SetEnvironment(name, nullptr);
-    }
-};
-
-TEST_F(ProcessInfo, TheRankComesFromTheLauncherAndStaysWhereItSaysNothing) {
+TEST(ProcessInfo, TheRankComesFromTheLauncherAndStaysWhereItSaysNothing) {
     const struct {
         const char* mpi;
         const char* pmi;
@@ -42,7 +32,8 @@ TEST_F(ProcessInfo, TheRankComesFromTheLauncherAndStaysWhereItSaysNothing) {
     EXPECT_EQ(Info::Rank(), 0);
 }
 
-TEST_F(ProcessInfo, TellsTheProcessTheCallingThreadAndTheExecutable) {
+TEST(ProcessInfo, TellsTheProcessTheCallingThreadAndTheExecutable) {
+    Info::Finalize();
     EXPECT_EQ(Info::ProcessId(), 0);
     EXPECT_STREQ(Info::ExeName(), "process_test");
     Info::Initialize();
@@ -65,7 +56,7 @@ TEST_F(ProcessInfo, TellsTheProcessTheCallingThreadAndTheExecutable) {
     EXPECT_EQ(Info::ProcessNameFull(0, buffer, 8), path.substr(0, 7));
 }
 
-TEST_F(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtension) {
+TEST(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtension) {
     const std::string longName(300, 'n');
     const std::string longPath = "C:\\" + std::string(1100, 'd');
     const std::pair<std::string, std::string> cases[] = {
@@ -90,7 +81,7 @@ TEST_F(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtension) {
     }
 }
 
-TEST_F(ProcessInfo, EachSavedEnvironmentIsAppendedUnderTheExecutablesPath) {
+TEST(ProcessInfo, EachSavedEnvironmentIsAppendedUnderTheExecutablesPath) {
     const std::string name = testing::TempDir() + "environment.txt";
     const std::string host = platform::WorkingDirectory() + "\\no such directory\\environment.txt";
     platform::SetEnvironment("PMI_RANK", "%s\\ 1");

@@ -26,56 +26,49 @@ struct Source : KZMBasAllocator {
     double places[64];
 };
 
-using Figures = std::vector<std::uint32_t>;
-Figures FiguresOf(const KZMBasSrmDCAllocator& arrays) {
-    return {arrays.registeredBytes(), arrays.freedVariableBytes(), arrays.tempBytesAllocated(),
-            arrays.tempBytesFreed()};
-}
-
-std::string Report(const KZMBasSrmDCAllocator& arrays) {
+// The four counts of bytes and the lines of the report behind its head.
+std::string StateOf(const KZMBasSrmDCAllocator& arrays) {
+    static const std::string kHead =
+        "REGISTERED MEMORY REPORT\n------------------------\n     Index    Length      Size" +
+        std::string(46, ' ') + "Name\n     -----    ------      ----" + std::string(46, ' ') +
+        "----\n";
     std::string text;
     aio_ostream os(text);
     arrays.dumpVariables(os);
     EXPECT_EQ(os.flush_count(), 3u);
-    return text;
+    EXPECT_EQ(text.substr(0, kHead.size()), kHead);
+    std::string state;
+    for (const std::uint32_t bytes : {arrays.registeredBytes(), arrays.freedVariableBytes(),
+                                      arrays.tempBytesAllocated(), arrays.tempBytesFreed()})
+        state += std::to_string(bytes) + " ";
+    return state + text.substr(std::min(text.size(), kHead.size()));
 }
+const std::string k44(44, ' ');
 
-const std::string kHead =
-    "REGISTERED MEMORY REPORT\n------------------------\n     Index    Length      "
-    "Size" +
-    std::string(46, ' ') + "Name\n     -----    ------      ----" + std::string(46, ' ') + "----\n";
-
-TEST(WorkArrays, NumbersCountUpAndAreNeverUsedAgain) {
+TEST(WorkArrays, NumbersCountUpAreNeverUsedAgainAndAreListed) {
     Source source;
     KZMBasSrmDCAllocator arrays(source);
-    EXPECT_EQ(Report(arrays), kHead + "\n");
     EXPECT_EQ(arrays.registerVariable(3, 8, "abc"), 0);
-    EXPECT_EQ(Report(arrays),
-              kHead + "         0         3         8" + std::string(47, ' ') + "abc\n\n");
+    EXPECT_EQ(StateOf(arrays), "24 0 0 0          0         3         8" + k44 + "   abc\n\n");
     EXPECT_EQ(arrays.registerVariable(2, 4, "abc"), 1);
     EXPECT_EQ(arrays.registerVariable(1, 4, nullptr), 2);
     EXPECT_EQ(arrays.findVariable("abc"), 0);
     EXPECT_EQ(arrays.findVariable(nullptr), 2);
-    EXPECT_STREQ(arrays.getName(2), "");
-    void* const block = arrays.getVariable(0);
-    EXPECT_EQ(arrays.constGetVariable(0), block);
-
+    EXPECT_EQ(arrays.constGetVariable(0), &source.places[1]);
     int index = 0;
     arrays.freeVariable(index);
     EXPECT_EQ(index, -1);
-    EXPECT_EQ(source.freed, std::vector<void*>{block});
+    EXPECT_EQ(source.freed, std::vector<void*>{&source.places[1]});
     EXPECT_EQ(arrays.findVariable("abc"), 1);
     EXPECT_EQ(arrays.findVariable("ab"), -1);
-    EXPECT_EQ(FiguresOf(arrays), (Figures{36, 24, 0, 0}));
     const std::string longName(60, 'n');
     EXPECT_EQ(arrays.registerVariable(4000000000u, 0, longName.c_str()), 3);
-    EXPECT_EQ(Report(arrays), kHead + "         1         2         4" + std::string(47, ' ') +
-                                  "abc\n         2         1         4" + std::string(50, ' ') +
-                                  "\n         34000000000         0" + longName + "\n\n");
+    EXPECT_EQ(StateOf(arrays), "36 24 0 0          1         2         4" + k44 +
+                                   "   abc\n         2         1         4" + k44 +
+                                   "      \n         34000000000         0" + longName + "\n\n");
     arrays.freeAllVariables();
     EXPECT_EQ(source.freed.size(), 4u);
-    EXPECT_EQ(Report(arrays), kHead + "\n");
-    EXPECT_EQ(FiguresOf(arrays), (Figures{36, 36, 0, 0}));
+    EXPECT_EQ(StateOf(arrays), "36 36 0 0 \n");
     EXPECT_EQ(arrays.registerVariable(1, 1, "x"), 4);
 }
 
@@ -84,15 +77,14 @@ TEST(WorkArrays, ANumberWithoutAVariableIsAnEmptyEntryOnceAskedFor) {
     KZMBasSrmDCAllocator arrays(source);
     EXPECT_EQ(arrays.getVariable(7), nullptr);
     EXPECT_EQ(arrays.constGetVariable(0), nullptr);
-    EXPECT_EQ(arrays.findVariable(""), 0);
     EXPECT_EQ(arrays.registerVariable(1, 8, "matrix"), 0);  // in place of the empty entry
     EXPECT_EQ(arrays.findVariable(""), 7);
-    EXPECT_EQ(Report(arrays), kHead + "         0         1         8" + std::string(44, ' ') +
-                                  "matrix\n         7         0         0" + std::string(50, ' ') +
-                                  "\n\n");
+    EXPECT_STREQ(arrays.getName(7), "");
+    EXPECT_EQ(StateOf(arrays), "8 0 0 0          0         1         8" + k44 +
+                                   "matrix\n         7         0         0" + k44 + "      \n\n");
     for (int unknown : {9, 7}) arrays.freeVariable(unknown);
     EXPECT_EQ(source.freed, (std::vector<void*>{nullptr, nullptr}));
-    EXPECT_EQ(FiguresOf(arrays), (Figures{8, 0, 0, 0}));
+    EXPECT_EQ(arrays.findVariable(""), -1);
 }
 
 TEST(WorkArrays, ProductsAndSumsOfBytesWrapAt32Bits) {
@@ -100,17 +92,16 @@ TEST(WorkArrays, ProductsAndSumsOfBytesWrapAt32Bits) {
     KZMBasSrmDCAllocator arrays(source);
     arrays.registerVariable(0x10000, 0x10000, "a");
     arrays.registerVariable(2, -1, "b");
-    arrays.registerVariable(3, 8, "c");
     double* const doubles = arrays.allocTempDouble(0x20000000);
     int* const ints = arrays.allocTempInt(-1);
-    arrays.allocTempData(6);
-    EXPECT_EQ(source.asked, (std::vector<unsigned>{0, 0xFFFFFFFE, 24, 0, 0xFFFFFFFC, 6}));
-    EXPECT_EQ(FiguresOf(arrays), (Figures{22, 0, 2, 0}));
+    EXPECT_EQ(source.asked, (std::vector<unsigned>{0, 0xFFFFFFFE, 0, 0xFFFFFFFC}));
+    arrays.freeAllVariables();
     arrays.freeTempData(doubles);
     arrays.freeTempData(ints);
     arrays.freeTempData(static_cast<void*>(ints));  // no longer known
-    EXPECT_EQ(source.freed, (std::vector<void*>{doubles, ints, ints}));
-    EXPECT_EQ(FiguresOf(arrays), (Figures{22, 0, 2, 0xFFFFFFFC}));
+    EXPECT_EQ(source.freed.back(), ints);
+    EXPECT_EQ(source.freed.size(), 5u);
+    EXPECT_EQ(StateOf(arrays), "4294967294 4294967294 4294967292 4294967292 \n");
 }
 
 TEST(WorkArrays, AsAGeneralAllocatorTheyServeTemporaryBlocksAlsoOfADerivedClass) {
@@ -133,43 +124,35 @@ TEST(WorkArrays, AsAGeneralAllocatorTheyServeTemporaryBlocksAlsoOfADerivedClass)
     general.Free(general.Alloc(1));
     general.deallocate(general.Alloc(2, granted), 2);
     general.allocate(3, nullptr);
-    arrays.freeTempData(arrays.allocTempDouble(1));
     EXPECT_EQ(granted, 77u);
-    EXPECT_EQ(arrays.taken, "1 free 2 free 3 8 free ");
-    EXPECT_EQ(FiguresOf(arrays), (Figures{0, 0, 14, 11}));
+    EXPECT_EQ(arrays.taken, "1 free 2 free 3 ");
+    EXPECT_EQ(StateOf(arrays), "0 0 6 3 \n");
     EXPECT_EQ(&general.LargeBlockAllocator(source), &source);
 }
 
 TEST(WorkArrays, WithoutMemoryNothingChangesAndNoBlockIsKept) {
-    Source source;
-    source.refuse = true;
-    KZMBasSrmDCAllocator none(source);
-    EXPECT_EQ(none.registerVariable(1, 8, "a"), -1);
-    EXPECT_EQ(none.allocTempInt(1), nullptr);
-    EXPECT_EQ(FiguresOf(none), (Figures{0, 0, 0, 0}));
-    EXPECT_EQ(Report(none), kHead + "\n");
-    EXPECT_TRUE(source.freed.empty());
-    source.refuse = false;
-
     struct Subject {
         Source source;
         KZMBasSrmDCAllocator arrays{source};
-    };
-    const auto check = [](Subject& subject, bool succeeded) {
-        const Figures figures = FiguresOf(subject.arrays);
-        const bool registered = figures[0] != 0;
-        EXPECT_EQ(subject.source.asked.size() - subject.source.freed.size(),
-                  (registered ? 1u : 0u) + (figures[2] ? 1u : 0u));
-        EXPECT_EQ(subject.arrays.findVariable("matrix"), registered ? 0 : -1);
-        EXPECT_EQ(succeeded, subject.arrays.findVariable("") == 5);
-    };
-    ForEveryAllocationFailure([] { return Subject(); },
-                              [](Subject& subject) {
-                                  subject.arrays.registerVariable(1, 8, "matrix");
-                                  subject.arrays.allocTempData(8);
-                                  subject.arrays.getVariable(5);
-                              },
-                              check);
+    } none;
+    none.source.refuse = true;
+    EXPECT_EQ(none.arrays.registerVariable(1, 8, "a"), -1);
+    EXPECT_EQ(none.arrays.allocTempInt(1), nullptr);
+    EXPECT_EQ(StateOf(none.arrays), "0 0 0 0 \n");
+    EXPECT_TRUE(none.source.freed.empty());
+    ForEveryAllocationFailure(
+        [] { return Subject(); },
+        [](Subject& subject) {
+            subject.arrays.registerVariable(1, 8, "matrix");
+            subject.arrays.allocTempData(8);
+        },
+        [](Subject& subject, bool succeeded) {
+            const KZMBasSrmDCAllocator& arrays = subject.arrays;
+            EXPECT_EQ(subject.source.asked.size() * 8 - subject.source.freed.size() * 8,
+                      arrays.registeredBytes() + arrays.tempBytesAllocated());
+            EXPECT_EQ(arrays.findVariable("matrix"), arrays.registeredBytes() ? 0 : -1);
+            EXPECT_EQ(arrays.tempBytesAllocated(), succeeded ? 8u : 0u);
+        });
 }
 
 }  // namespace
