@@ -27,12 +27,23 @@ build_preset() {
     echo "== built $preset in $SECONDS s"
 }
 
-# run_tests PRESET [ctest options]
+# run_tests PRESET [ctest options]; what ctest says is also kept in build/PRESET/ctest.log.
 run_tests() {
     local preset=$1
     shift
     echo "== testing $preset"
     SECONDS=0
-    ctest --preset "$preset" --output-junit tests.xml "$@"
+    ctest --preset "$preset" --output-junit tests.xml "$@" | tee "build/$preset/ctest.log"
     echo "== tested $preset in $SECONDS s; results: build/$preset/tests.xml"
+}
+
+# test_summary PRESET...: the closing lines of ctest for each of them once more.
+test_summary() {
+    local preset
+    for preset in "$@"; do
+        if [ -e "build/$preset/ctest.log" ]; then
+            echo "== $preset"
+            sed -n '/% tests passed/,$p' "build/$preset/ctest.log"
+        fi
+    done
 }

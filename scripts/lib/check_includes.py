@@ -11,7 +11,7 @@ import sys
 
 LAYERS = ["host", "coreutils", "generics", "alloc", "values", "runtime", "frame"]
 FOLDER_LAYER = {"cow": "values", "omi": "values", "runtime": "runtime", "errors": "frame",
-                "process": "frame", "files": "frame", "platform": "host"}
+                "process": "frame", "files": "frame", "platform": "alloc"}
 
 # (who, whom): patterns of a file and of what it may include although it lies higher.
 UPWARDS = [
@@ -22,7 +22,7 @@ UPWARDS = [
 ]
 # The two families of values meet only where one holds the other's.
 ACROSS = [
-    (r"(include|src)/cow/cow_Int(Table|MultiMap)Int.*", r"omi/.*"),
+    (r"(include|src)/cow/cow_(Map|Int(Table|MultiMap)Int).*", r"omi/.*"),
     (r"(include|src)/omi/.*", r"cow/cow_(String|COW|CountedHld|Counter|List|ListIter)(\.impl)?\.h"),
 ]
 SYSTEM = r"(src|tests)/.*_win(_test)?\.cpp|siblings/.*/src/.*_win\.cpp"

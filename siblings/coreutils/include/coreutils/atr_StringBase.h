@@ -55,7 +55,8 @@ public:
 
 protected:
     atr_StringBase() : m_data(nullptr), m_rep(nullptr) {}
-    atr_StringBase(const atr_StringBase& other) noexcept : m_data(other.m_data), m_rep(other.m_rep) {
+    atr_StringBase(const atr_StringBase& other) noexcept
+        : m_data(other.m_data), m_rep(other.m_rep) {
         if (m_rep) ++m_rep->m_count;
     }
     explicit atr_StringBase(const char* s);
