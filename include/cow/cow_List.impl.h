@@ -158,7 +158,7 @@ T* cow_List<T>::GetCArray(int& n) const {
         std::destroy_n(elements, i);
         throw;
     }
-    memory.release();
+    static_cast<void>(memory.release());
     return elements;
 }
 
@@ -192,7 +192,7 @@ cow_List<T>& cow_List<T>::InsertIndex(int i, const T& v) {
     if (i == 0) return Prepend(v);
     if (i == m_length) return Append(v);
     CheckIndex(i);
-    const T value = v;
+    const T value = v;  // NOLINT(performance-unnecessary-copy-initialization): may be an element
     Grow(std::int64_t{m_length} + 1);
     IsolateRange(i, m_length);
     const int blockMask = (1 << m_blockShift) - 1;

@@ -18,7 +18,7 @@ void KZMBasUtils_initialize(int& count) {
     if (g_starts == 0) {
         auto factory = std::make_unique<KZMBasUtlExcDefaultFactory>();
         KZMBasUtlExceptionModel::setBehavior(factory.get());
-        factory.release();
+        static_cast<void>(factory.release());  // the model owns it
         ++count;
     }
     ++g_starts;

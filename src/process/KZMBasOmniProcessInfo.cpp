@@ -49,7 +49,7 @@ void KZMBasOmniProcessInfo::Finalize() {
 void KZMBasOmniProcessInfo::DetermineRank() {
     const char* rank = platform::Environment("MPI_RANKID");
     if (!rank) rank = platform::Environment("PMI_RANK");
-    if (rank) g_rank = std::atoi(rank);
+    if (rank) g_rank = std::atoi(rank);  // NOLINT(cert-err34-c): what is no number is rank 0
 }
 
 void KZMBasOmniProcessInfo::DetermineExeName() {

@@ -48,9 +48,9 @@ struct kzm_Layout {
     static_assert(sizeof(Arrays) == (sizeof(void*) == 4 ? 44 : 72));
 
     using Tables = srm_ResourceConstData;
-    static_assert(offsetof(Tables, m_phaseNames) == 65 * 1024);
-    static_assert(offsetof(Tables, m_procedureNames) == 87 * 1024);
-    static_assert(offsetof(Tables, m_localPurgeId) == 93 * 1024);
+    static_assert(offsetof(Tables, m_phaseNames) == std::size_t{65} * 1024);
+    static_assert(offsetof(Tables, m_procedureNames) == std::size_t{87} * 1024);
+    static_assert(offsetof(Tables, m_localPurgeId) == std::size_t{93} * 1024);
     static_assert(offsetof(Tables, m_resourceOfPurgeId) == 95492);
     static_assert(offsetof(Tables, m_purgeIdBase) == 95672);
     static_assert(offsetof(Tables, m_reserved) == 95676);

@@ -111,9 +111,9 @@ public:
 private:
     static void Move(void* to, void* from, int n) {
         for (int i = 0; i < n; ++i) {
-            T& source = static_cast<T*>(from)[i];
-            ::new (static_cast<void*>(static_cast<T*>(to) + i)) T(std::move(source));
-            source.~T();
+            T* const source = static_cast<T*>(from) + i;
+            ::new (static_cast<void*>(static_cast<T*>(to) + i)) T(std::move(*source));
+            source->~T();
         }
     }
 };
