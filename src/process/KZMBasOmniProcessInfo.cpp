@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace {
 
@@ -76,10 +78,11 @@ const char* KZMBasOmniProcessInfo::ExeName() {
 void KZMBasOmniProcessInfo::SaveEnvironment(const char* fileName) {
     if (!fileName) return;
     const std::vector<std::string> entries = platform::EnvironmentEntries();
+    const char* const path = ExePath();
     const std::unique_ptr<std::FILE, CloseFile> file(
         std::fopen(platform::NativePath(fileName).c_str(), "a"));
     if (!file) return;
-    std::fprintf(file.get(), "--- %s ---\n", ExePath());
+    std::fprintf(file.get(), "--- %s ---\n", path);
     for (const std::string& entry : entries) std::fprintf(file.get(), "%s\n", entry.c_str());
     std::fflush(file.get());
 }
