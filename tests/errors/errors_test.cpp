@@ -1,4 +1,3 @@
-#include <errors/KZMBasUtils.h>
 #include <errors/KZMBasUtlExcDefaultFactory.h>
 #include <errors/KZMBasUtlExcModelSingleton.h>
 #include <errors/KZMBasUtlExceptionModel.h>
@@ -7,7 +6,6 @@
 #include <errors/KZMBasUtlShortWrite.h>
 #include <errors/KZMBasUtlSystemError.h>
 #include <errors/KZMBasUtlSystemErrorException.h>
-#include <errors/KZMBasUtlVersion.h>
 #include <errors/KZMBasUtlWriteError.h>
 #include <support/memory_failure.h>
 
@@ -105,27 +103,6 @@ TEST(ExceptionModel, TheFactoryInForceChoosesWhatIsThrown) {
     omi_SingletonBase<KZMBasUtlExcModelSingleton>::Finalize();  // takes the factory along
     EXPECT_EQ(OwnFactory::s_live, 0);
     KZMBasUtlExceptionModel::setBehavior(new KZMBasUtlExcDefaultFactory);
-}
-
-TEST(ExceptionModel, ItsModuleActsOnTheFirstStartAndTheLastStop) {
-    int count = 0;
-    KZMBasUtils_finalize(count);  // that of the library's own start
-    EXPECT_EQ(count, -1);
-    for (int i = 0; i < 2; ++i) KZMBasUtils_initialize(count);
-    EXPECT_EQ(count, 0);
-    KZMBasUtils_finalize(count);
-    EXPECT_EQ(count, 0);
-    EXPECT_THROW(Raise(), KZMBasUtlSystemErrorException);
-}
-
-TEST(Version, TheLibraryTellsWhichHeadersItServes) {
-    const KZMBasUtlVersion& version = omi_Singleton<KZMBasUtlVersion>::Instance();
-    EXPECT_TRUE(version.Serves());
-    EXPECT_EQ(version.Text(), std::to_string(version.Major()) + "." +
-                                  std::to_string(version.Minor()) + "." +
-                                  std::to_string(version.Patch()));
-    for (const int foreign : {KZM_VERSION + 1, KZM_VERSION + 1000, KZM_VERSION + 1000000, -1})
-        EXPECT_FALSE(version.Serves(foreign)) << foreign;
 }
 
 }  // namespace

@@ -131,37 +131,4 @@ TEST_F(Alerts, WithoutMemoryTheListenerIsNotArmedOrTheAlertGetsThrough) {
     }
 }
 
-// The loop in threads of this program, where their ends can be seen.
-TEST(AlertLoop, EndsWithTheStopCommandOrWithAMessageThatIsNoAlert) {
-    struct Loop {
-        AlertHandler handlers[6];
-        platform::Handle started;
-    };
-    const std::pair<platform::Message, std::uint32_t> cases[] = {
-        {{0x8000, 6, 0}, 0},
-        {{0x8001, 4, 0}, 1},
-        {{platform::kQuitMessage, 6, 0}, 1},
-        {{0x400, 6, 0}, 1}};
-    for (const auto& [last, exitCode] : cases) {
-        Loop loop{{nullptr, nullptr, nullptr, nullptr, &Count}, platform::NewEvent()};
-        std::uint32_t id = 0;
-        const platform::Handle thread = platform::StartThread(
-            [](void* argument) noexcept {
-                const auto* const self = static_cast<const Loop*>(argument);
-                return ServeAlerts(self->handlers, self->started);
-            },
-            &loop, id);
-        ASSERT_TRUE(platform::Wait(loop.started));
-        platform::Close(loop.started);
-        g_count = 0;
-        for (const platform::Message& message : {platform::Message{0x8000, 4, 0}, last})
-            EXPECT_EQ(platform::Post(id, message), platform::Posted::kYes);
-        EXPECT_TRUE(platform::Wait(thread));
-        EXPECT_EQ(platform::ExitCode(thread), exitCode);
-        EXPECT_EQ(platform::Post(id, {0x8000, 4, 0}), platform::Posted::kNoQueue);
-        platform::Close(thread);
-        EXPECT_EQ(g_count, 1u);
-    }
-}
-
 }  // namespace

@@ -19,7 +19,7 @@ void Finalizer() {
 KZMBas_SingletonRegistry& Registry() { return omi_Singleton<KZMBas_SingletonRegistry>::Instance(); }
 
 template <int... kIds>
-void TagAll(std::integer_sequence<int, kIds...>) {
+void Tag() {
     (Registry().Tag(kIds, Finalizer<kIds>), ...);
 }
 
@@ -27,11 +27,8 @@ std::string Called() { return std::exchange(g_called, std::string()); }
 
 class SingletonRegistry : public testing::Test {
 protected:
-    void SetUp() override {
-        omi_SingletonBase<KZMBas_SingletonRegistry>::Finalize();
-        g_called.clear();
-    }
-    void TearDown() override { SetUp(); }
+    SingletonRegistry() { Leftovers(); }
+    ~SingletonRegistry() override { Leftovers(); }
 
     static void Run(int phase) { Registry().Destroy(static_cast<SingletonDestructPhase>(phase)); }
     static std::string Leftovers() {
@@ -41,10 +38,8 @@ protected:
 };
 
 TEST_F(SingletonRegistry, PhasesFinalizeTheirIdsInOrder) {
-    struct {
-        SingletonDestructCondition condition;
-        const char* called;  // first phase / then the second / the second alone / left after both
-    } const cases[] = {
+    // First phase / then the second / the second alone / left after both.
+    const std::pair<SingletonDestructCondition, const char*> cases[] = {
         {{false, false, false},
          "20 10 5 2 3 4 9 11 18 21 28 29 / 6 7 23 8 25 13 15 27 / "
          "6 7 11 23 8 25 13 15 28 29 27 / 1 12 14 16 17 19 22 24 26 "},
@@ -62,91 +57,70 @@ TEST_F(SingletonRegistry, PhasesFinalizeTheirIdsInOrder) {
          "6 7 11 23 8 25 26 12 16 22 17 13 15 18 19 28 29 27 / 5 20 "},
     };
     for (const auto& [condition, called] : cases) {
-        const auto restart = [&wanted = condition] {
-            omi_SingletonBase<KZMBas_SingletonRegistry>::Finalize();
+        const auto run = [&wanted = condition](std::initializer_list<int> phases) {
+            Leftovers();
             const SingletonDestructCondition fresh = Registry().Condition();
             EXPECT_FALSE(fresh.condition1 || fresh.condition2 || fresh.condition3);
             Registry().Condition() = wanted;
-            TagAll(std::make_integer_sequence<int, 30>());
-            Called();
+            []<int... kIds>(std::integer_sequence<int, kIds...>) { Tag<kIds...>(); }
+            (std::make_integer_sequence<int, 30>());
+            std::string text;
+            for (const int phase : phases) {
+                Run(phase);
+                if (!g_called.empty()) text += Called() + "/ ";
+            }
+            return text;
         };
-        restart();
-        Run(1);
-        const std::string secondAlone = Called();
-        restart();
-        for (const int none : {-1, 2, INT_MAX}) Run(none);
-        std::string text;
-        for (const int phase : {0, 1}) {
-            Run(phase);
-            text += Called() + "/ ";
-        }
-        Run(0);
-        Run(1);
-        EXPECT_EQ(text + secondAlone + "/ " + Leftovers(), called);
+        const std::string alone = run({1});
+        const std::string both = run({-1, 2, INT_MAX, 0, 1, 0, 1});
+        EXPECT_EQ(both + alone + Leftovers(), called);
     }
 }
 
 TEST_F(SingletonRegistry, AnIdAndItsNegativeAreDifferent) {
-    KZMBas_SingletonRegistry& registry = Registry();
-    registry.Tag(-3, Finalizer<-3>);
-    registry.Tag(INT_MIN, Finalizer<INT_MIN>);
-    registry.Tag(INT_MAX, Finalizer<0>);
-    registry.Tag(INT_MAX, Finalizer<INT_MAX>);  // replaces
-    registry.Tag(0, Finalizer<0>);
-    EXPECT_EQ(registry.Destroy(3), 0);
+    Registry().Tag(INT_MAX, Finalizer<0>);
+    Tag<-3, INT_MIN, INT_MAX, 0>();  // replaces
+    EXPECT_EQ(Registry().Destroy(3), 0);
     for (const int id : {-3, INT_MIN, INT_MAX, 0}) {
-        EXPECT_EQ(registry.Destroy(id), 1);
+        EXPECT_EQ(Registry().Destroy(id), 1);
         EXPECT_EQ(Called(), std::to_string(id) + " ");
-        EXPECT_EQ(registry.Destroy(id), 0);
+        EXPECT_EQ(Registry().Destroy(id), 0);
     }
-    EXPECT_EQ(Called(), "");
 }
 
-void TagsItself() {
-    g_called += "self ";
-    Registry().Tag(5, TagsItself);
-}
-
-void EndsSevenAndTagsEight() {
-    g_called += "six ";
+void Restless() {
+    Finalizer<5>();
+    Registry().Destroy(5);
     Registry().Destroy(7);
-    Registry().Tag(8, Finalizer<8>);
+    Registry().Tag(5, Restless);
+    Tag<8>();
 }
 
-TEST_F(SingletonRegistry, FinalizersMayTagAndDestroy) {
-    Registry().Tag(5, TagsItself);
+TEST_F(SingletonRegistry, FinalizersMayTagAndDestroyAndRunOnce) {
+    Registry().Tag(5, Restless);
     EXPECT_EQ(Registry().Destroy(5), 1);
     EXPECT_EQ(Registry().Destroy(5), 0);
-    EXPECT_EQ(Called(), "self ");
-    Registry().Tag(6, EndsSevenAndTagsEight);
-    Registry().Tag(7, Finalizer<7>);
-    Registry().Tag(9, Finalizer<9>);
-    EXPECT_EQ(Leftovers(), "six 7 9 ");  // what is tagged meanwhile is dropped
-}
-
-TEST_F(SingletonRegistry, AFinalizerDoesNotRunAgainFromWithin) {
-    const auto again = [] {
-        Finalizer<5>();
-        Registry().Destroy(5);
-        Run(0);
-        Registry().Destroy();
-    };
-    Registry().Tag(5, again);
-    Registry().Tag(9, nullptr);
-    Run(0);
-    EXPECT_EQ(Called(), "5 ");
-    Registry().Tag(5, again);
-    EXPECT_EQ(Leftovers(), "5 ");
+    EXPECT_EQ(Registry().Destroy(8), 1);
+    EXPECT_EQ(Called(), "5 8 ");
+    Registry().Tag(5, Restless);
+    Tag<7, 9>();
+    EXPECT_EQ(Leftovers(), "5 7 9 ");  // what is tagged meanwhile is dropped
+    for (const bool leftover : {false, true}) {
+        Registry().Tag(5, [] {
+            Finalizer<5>();
+            Run(0);
+            Registry().Destroy();
+        });
+        Registry().Tag(9, nullptr);
+        if (!leftover) Run(0);
+        EXPECT_EQ(leftover ? Leftovers() : Called(), "5 ");
+    }
 }
 
 TEST_F(SingletonRegistry, LeftoversEndInAscendingOrderAndAreReportedOnRequest) {
     const auto run = [](const char* variable) {
         platform::SetEnvironment("KZM_PRINT_FINALIZED_LEFTOVER_SINGLETON", variable);
-        Registry().Tag(2000000, Finalizer<2000000>);
-        Registry().Tag(7, Finalizer<7>);
-        Registry().Tag(0, Finalizer<0>);
-        Registry().Tag(-3, Finalizer<-3>);
-        Registry().Tag(INT_MIN, Finalizer<INT_MIN>);
+        Tag<2000000, 7, 0, -3, INT_MIN>();
         testing::internal::CaptureStdout();
         EXPECT_EQ(Leftovers(), "7 2000000 ");
         return testing::internal::GetCapturedStdout();
@@ -164,20 +138,13 @@ TEST_F(SingletonRegistry, MemoryFailureLosesNoFinalizer) {
     struct Session {
         ~Session() { omi_SingletonBase<KZMBas_SingletonRegistry>::Finalize(); }
     };
-    const auto prepare = [] { return Session(); };
-    ForEveryAllocationFailure(
-        prepare,
-        [](Session&) {
-            Registry().Tag(2, Finalizer<2>);
-            Registry().Tag(-2, Finalizer<-2>);
-        },
-        [](const Session&, bool tagged) {
-            const int ended = Registry().Destroy(2) + Registry().Destroy(-2);
-            EXPECT_TRUE(!tagged || ended == 2);
-        });
+    ForEveryAllocationFailure([] { return Session(); }, [](Session&) { Tag<2, -2>(); },
+                              [](const Session&, bool tagged) {
+                                  const int ended = Registry().Destroy(2) + Registry().Destroy(-2);
+                                  EXPECT_TRUE(!tagged || ended == 2);
+                              });
     for (const long failAt : {1, 2}) {
-        Registry().Tag(4, Finalizer<4>);
-        Registry().Tag(3, Finalizer<3>);
+        Tag<4, 3>();
         Called();
         host_heap::Watch(failAt);
         EXPECT_EQ(Leftovers(), "3 4 ");
