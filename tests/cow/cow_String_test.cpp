@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 #include <support/expect_abort.h>
 #include <support/memory_failure.h>
+#include <support/random.h>
 
 #include <algorithm>
 #include <climits>
-#include <random>
 #include <sstream>
 #include <string>
 #include <unordered_set>
@@ -23,13 +23,10 @@ TEST(String, EmptyStringsShareOneZeroByteAndNeverAllocate) {
     host_heap::Watch();
     {
         cow_String a;
-        const cow_String b(a);
-        const cow_String fromNull(nullptr);
-        const cow_String fromNothing("abc", 0);
+        const cow_String b(a), fromNull(nullptr), fromNothing("abc", 0);
         a.Append("").Erase().ToLower().LeftTrim(" ");
         for (const cow_String* each : {&std::as_const(a), &b, &fromNull, &fromNothing}) {
-            EXPECT_TRUE(each->Empty());
-            EXPECT_EQ(each->Length(), 0);
+            EXPECT_TRUE(each->Empty() && each->Length() == 0);
             EXPECT_EQ(each->CStr(), atr_StringBase::EmptyText());
         }
     }
@@ -39,99 +36,79 @@ TEST(String, EmptyStringsShareOneZeroByteAndNeverAllocate) {
 
 TEST(String, CopiesShareUntilTheFirstWrite) {
     cow_String a("text");
-    const cow_String b(a);
-    const cow_String c(std::move(a));
-    EXPECT_EQ(a.CStr(), b.CStr());
-    EXPECT_EQ(a.CStr(), c.CStr());
+    const cow_String b(a), c(std::move(a));
+    const atr_String other(b);
+    for (const char* each : {a.CStr(), c.CStr(), other.CStr(), cow_String(other).CStr()})
+        EXPECT_EQ(each, b.CStr());
     a.Append("ure");
     a[0] = 'T';
     EXPECT_EQ(Text(a) + Text(b) + Text(c), "Texturetexttext");
-    const atr_String other(b);
-    EXPECT_EQ(other.CStr(), b.CStr());
-    EXPECT_EQ(cow_String(other).CStr(), b.CStr());
+    cow_String empty;
+    EXPECT_EQ(empty[0], '\0');
+    EXPECT_NE(empty.CStr(), cow_String().CStr());
 }
 
-TEST(String, WritingThroughAnIndexOfAnEmptyStringStaysPrivate) {
-    cow_String a;
-    EXPECT_EQ(a[0], '\0');
-    EXPECT_NE(a.CStr(), cow_String().CStr());
-    const cow_String b("ab");
-    EXPECT_EQ(b[1], 'b');
-    for (int outside : {-1, 2, INT_MAX, INT_MIN}) EXPECT_EQ(b[outside], '\0');
-}
-
-TEST(StringDeathTest, WritingOutsideTheTextAborts) {
+TEST(StringDeathTest, ReadingOutsideTheTextGivesZeroAndWritingAborts) {
     cow_String a("ab");
-    for (int outside : {-1, 3, INT_MAX}) EXPECT_ABORT(a[outside] = 'x');
-}
-
-TEST(String, NumbersReadBackInTheirShortestForm) {
-    EXPECT_EQ(Text(cow_String(0)), "0");
-    EXPECT_EQ(Text(cow_String(INT_MIN)), "-2147483648");
-    EXPECT_EQ(Text(cow_String(0.1F)), "0.1");
-    EXPECT_EQ(Text(cow_String(0.1)), "0.1");
-    EXPECT_EQ(Text(cow_String(1e300)), "1e+300");
+    for (const int outside : {-1, 3, INT_MAX}) {
+        EXPECT_EQ(std::as_const(a)[outside], '\0');
+        EXPECT_ABORT(a[outside] = 'x');
+    }
+    EXPECT_EQ(std::as_const(a)[2], '\0');
 }
 
 TEST(String, ComparesBytesUnsignedUpToTheFirstZeroByte) {
     const struct {
-        const char* a;
-        const char* b;
+        const char *a, *b;
         int order;
     } cases[] = {{"a", "b", -1},   {"b", "a", 1},        {"a", "ab", -1}, {"", "a", -1},
                  {"\x80", "z", 1}, {"\x7f", "\x80", -1}, {"ab", "ab", 0}, {nullptr, "", 0}};
     for (const auto& [a, b, order] : cases) {
-        const cow_String left(a);
-        const cow_String right(b);
-        EXPECT_EQ(left.Compare(right), order);
-        EXPECT_EQ(left.Compare(b), order);
+        const cow_String left(a), right(b);
+        EXPECT_TRUE(left.Compare(right) == order && left.Compare(b) == order);
         EXPECT_EQ(BtreeCompare(left, right), -order);
         EXPECT_EQ(left == right, order == 0);
         EXPECT_EQ(left < right, order < 0);
         EXPECT_EQ(left != b, order != 0);
     }
-    const cow_String x("a\0b", 3);
-    const cow_String y("a\0c", 3);
-    EXPECT_EQ(x.Length(), 3);
-    EXPECT_EQ(x.Compare(y), 0);
+    const cow_String x("a\0b", 3), y("a\0c", 3);
+    EXPECT_TRUE(x.Length() == 3 && x.Compare(y) == 0 && cow_String().Compare(nullptr) == 0);
     EXPECT_EQ(std::hash<cow_String>()(x), std::hash<cow_String>()(y));
-    EXPECT_EQ(cow_String().Compare(nullptr), 0);
-}
-
-TEST(String, TreeOrderFollowsTheNaturalSwitch) {
-    atr_setNaturalOrder(1);
-    EXPECT_LT(BtreeCompare(cow_String("x10"), cow_String("x9")), 0);
-    EXPECT_GT(BtreeCompare(cow_String("x9"), cow_String("x10")), 0);
-    atr_setNaturalOrder(0);
-    EXPECT_EQ(BtreeCompare(cow_String("x10"), atr_String("x9")), 1);
-    EXPECT_EQ(BtreeCompare("x10", "x9"), 1);
+    EXPECT_EQ(BtreeCompare(x, atr_String("a")) + BtreeCompare("x10", "x9"), 1);
 }
 
 TEST(String, MapBitsAlternateBetweenFrontAndBack) {
-    const struct {
-        const char* key;
-        const char* bits;
-    } cases[] = {{"", "000"}, {"a", "110"}, {"ab", "10000"}, {"abc", "110000"}, {"ba", "01100"}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "000"}, {"a", "110"}, {"ab", "10000"}, {"abc", "110000"}, {"ba", "01100"}};
     for (const auto& [key, bits] : cases)
         for (int i = 0; bits[i]; ++i)
             EXPECT_EQ(cow_MapBit(cow_String(key), i), bits[i] == '1') << key << " bit " << i;
 }
 
-TEST(String, PositionsAndCountsAreClamped) {
-    const cow_String text("hello");
-    EXPECT_EQ(Text(text.Substr(1, INT_MAX)), "ello");
-    EXPECT_EQ(Text(text.Substr(-5, 2)), "he");
-    EXPECT_EQ(Text(text.Substr(9, 2)), "");
-    EXPECT_EQ(Text(text.Substr(1, -2)), "");
-    EXPECT_EQ(Text(cow_String(text).Erase(1, INT_MAX)), "h");
-    EXPECT_EQ(Text(cow_String(text).Erase(1, -1)), "hello");
-    EXPECT_EQ(Text(cow_String("ad").Insert(1, "bcX", 2)), "abcd");
-    EXPECT_EQ(Text(cow_String("ad").Insert(99, "bc", INT_MAX)), "adbc");
-    EXPECT_EQ(Text(cow_String(text).Replace(1, 3, "ipp", 2)), "hipo");
-    EXPECT_EQ(Text(cow_String(text).Replace(3, INT_MAX, "p", INT_MAX)), "help");
-    EXPECT_EQ(Text(cow_String(text).Replace(0, 2, nullptr, 4)), "llo");
-    EXPECT_EQ(cow_String(40, cow_String::PreSize).Length(), 0);
-    EXPECT_EQ(cow_String(-1, cow_String::PreSize).Length(), 0);
+TEST(String, EditsClampPositionsAndCountsAndNumbersReadBack) {
+    const cow_String text("hello"), ad("ad"), parts(" \t x y ");
+    const std::pair<cow_String, const char*> cases[] = {
+        {text.Substr(1, INT_MAX), "ello"},
+        {text.Substr(-5, 2), "he"},
+        {text.Substr(9, 2).Append(text.Substr(1, -2)), ""},
+        {cow_String(text).Erase(1, INT_MAX), "h"},
+        {cow_String(text).Erase(1, -1), "hello"},
+        {cow_String(ad).Insert(1, "bcX", 2), "abcd"},
+        {cow_String(ad).Insert(99, "bc", INT_MAX), "adbc"},
+        {cow_String(text).Replace(1, 3, "ipp", 2), "hipo"},
+        {cow_String(text).Replace(3, INT_MAX, "p", INT_MAX), "help"},
+        {cow_String(text).Replace(0, 2, nullptr, 4), "llo"},
+        {cow_String(40, cow_String::PreSize).Append(cow_String(-1, cow_String::PreSize)), ""},
+        {cow_String(parts).LeftTrim("\t ").RightTrim(" "), "x y"},
+        {cow_String("x").RightTrim(nullptr), "x"},
+        {cow_String("\xC4 ABz").ToLower().Capitalize(), "\xC4 abz"},
+        {cow_String("hELLO").Capitalize(), "HELLO"},
+        {cow_String(0), "0"},
+        {cow_String(INT_MIN), "-2147483648"},
+        {cow_String(0.1F), "0.1"},
+        {cow_String(0.1), "0.1"},
+        {cow_String(1e300), "1e+300"}};
+    for (const auto& [edited, expected] : cases) EXPECT_EQ(Text(edited), expected);
 }
 
 TEST(String, SearchesFromBothEnds) {
@@ -148,129 +125,88 @@ TEST(String, SearchesFromBothEnds) {
     }
 }
 
-TEST(String, TrimsAndChangesCase) {
-    EXPECT_EQ(Text(cow_String(" \t x y ").LeftTrim("\t ").RightTrim(" ")), "x y");
-    EXPECT_EQ(Text(cow_String("xxx").LeftTrim("x")), "");
-    EXPECT_EQ(Text(cow_String("x").RightTrim(nullptr)), "x");
-    EXPECT_EQ(Text(cow_String("\xC4 ABz").ToLower().Capitalize()), "\xC4 abz");
-    EXPECT_EQ(Text(cow_String("hELLO").Capitalize()), "HELLO");
-}
-
-TEST(String, SourcesMayLieInTheStringItself) {
-    for (const bool shared : {false, true}) {
-        cow_String s("abc");
-        cow_String other;
-        if (shared) other = s;
-        s.Append(s);
-        EXPECT_EQ(Text(s), "abcabc");
-        s.Insert(1, s.CStr(), 3);
-        EXPECT_EQ(Text(s), "aabcbcabc");
-        s.Replace(2, 2, s.CStr() + 4, 3);
-        EXPECT_EQ(Text(s), "aabcabcabc");
-        s = s.CStr() + 7;
-        EXPECT_EQ(Text(s), "abc");
-        s = *&s;
-        EXPECT_EQ(Text(s), "abc");
-    }
-}
-
 TEST(String, MeetsTheStandardLibrary) {
     const cow_String s(std::string_view("a\0b", 3));
-    const std::string_view view = s;
-    EXPECT_EQ(view.size(), 3U);
+    EXPECT_EQ(std::string_view(s).size(), 3U);
     std::ostringstream out;
     out << cow_String("streamed");
     EXPECT_EQ(out.str(), "streamed");
-    std::unordered_set<cow_String> set{"x", "y", "x"};
-    EXPECT_EQ(set.size(), 2U);
+    EXPECT_EQ((std::unordered_set<cow_String>{"x", "y", "x"}.size()), 2U);
 }
 
-// A text and the std::string it must equal.
-struct CheckedString {
-    cow_String text;
-    std::string model;
-
-    void RandomStep(std::minstd_rand& rng) {
-        const auto number = [&rng](int below) { return static_cast<int>(rng()) % below; };
-        const auto clamped = [this](int n) {
-            return static_cast<std::size_t>(std::clamp(n, 0, text.Length()));
-        };
-        const int pos = number(40) - 4;
-        const int n = number(12) - 1;
-        const auto from = clamped(pos);
-        const auto count = static_cast<std::size_t>(std::max(n, 0));
-        std::string source(static_cast<std::size_t>(number(20)),
-                           static_cast<char>('a' + number(26)));
-        const char* s = source.c_str();
-        if (number(4) == 0) {  // a source inside the own text
-            source = model.substr(from);
-            s = text.CStr() + from;
-        }
-        switch (number(8)) {
-            case 0:
-                text.Append(s), model.append(source);
-                break;
-            case 1:
-                text.Insert(pos, s, n), model.insert(from, source, 0, count);
-                break;
-            case 2:
-                text.Erase(pos, n), model.erase(from, count);
-                break;
-            case 3:
-                text.Replace(pos, n, s, 7), model.replace(from, count, source, 0, 7);
-                break;
-            case 4:
-                if (number(3) == 0) text = s, model = source;
-                break;
-            case 5:
-                if (!text.Empty() && pos >= 0 && pos < text.Length())
-                    text[pos] = 'Z', model[static_cast<std::size_t>(pos)] = 'Z';
-                break;
-            case 6:
-                text.RightTrim("ab"), model.erase(model.find_last_not_of("ab") + 1);
-                break;
-            default:
-                text = text.Substr(pos, 30), model = model.substr(from, 30);
-        }
-    }
+// What an edit works with, for a string and for the std::string it must equal. The source may lie
+// in the string itself.
+struct Args {
+    Args(const cow_String& t, int position, int length, const char* source)
+        : pos(position),
+          n(length),
+          from(static_cast<std::size_t>(std::clamp(pos, 0, t.Length()))),
+          count(static_cast<std::size_t>(std::max(n, 0))),
+          s(source ? source : t.CStr() + from),
+          text(s) {}
+    int pos, n;
+    std::size_t from, count;
+    const char* s;
+    std::string text;
 };
+
+using S = cow_String;
+using M = std::string;
+using A = const Args&;
+const std::pair<void (*)(S&, A), void (*)(M&, A)> kEdits[] = {
+    {[](S& t, A a) { t.Append(a.s); }, [](M& m, A a) { m.append(a.text); }},
+    {[](S& t, A) { t.Length() < 99 ? t.Append(t) : t; },
+     [](M& m, A) { m += m.size() < 99 ? m : ""; }},
+    {[](S& t, A a) { t.Insert(a.pos, a.s, a.n); },
+     [](M& m, A a) { m.insert(a.from, a.text, 0, a.count); }},
+    {[](S& t, A a) { t.Erase(a.pos, a.n); }, [](M& m, A a) { m.erase(a.from, a.count); }},
+    {[](S& t, A a) { t.Replace(a.pos, a.n, a.s, 7); },
+     [](M& m, A a) { m.replace(a.from, a.count, a.text, 0, 7); }},
+    {[](S& t, A a) { a.n < 3 ? t = a.s : t; }, [](M& m, A a) { m = a.n < 3 ? a.text : m; }},
+    {[](S& t, A a) { a.pos >= 0 && a.pos < t.Length() ? t[a.pos] = 'Z' : 'Z'; },
+     [](M& m, A a) { a.pos >= 0 && a.from < m.size() ? m[a.from] = 'Z' : 'Z'; }},
+    {[](S& t, A) { t.RightTrim("ab"); }, [](M& m, A) { m.erase(m.find_last_not_of("ab") + 1); }},
+    {[](S& t, A) { t.LeftTrim("ab"); }, [](M& m, A) { m.erase(0, m.find_first_not_of("ab")); }},
+    {[](S& t, A) { t.ToLower(); }, [](M& m, A) { std::replace(m.begin(), m.end(), 'Z', 'z'); }},
+    {[](S& t, A a) { t = t.Substr(a.pos, 30); }, [](M& m, A a) { m = m.substr(a.from, 30); }}};
 
 TEST(StringModel, CopiesStayIndependentUnderRandomEdits) {
     for (unsigned seed = 1; seed <= 20; ++seed) {
-        SCOPED_TRACE(seed);
-        std::minstd_rand rng(seed);
-        CheckedString strings[6];
+        Random rng(seed);
+        std::vector<std::pair<cow_String, std::string>> all(6);
         for (int step = 0; step < 2000; ++step) {
-            if (rng() % 8 == 0) strings[rng() % 6] = strings[rng() % 6];
-            strings[rng() % 6].RandomStep(rng);
-            for (const CheckedString& each : strings)
-                ASSERT_EQ(Text(each.text), each.model) << step;
+            if (rng.OneIn(8)) all[rng.Below(6)] = all[rng.Below(6)];
+            auto& [text, model] = all[rng.Below(6)];
+            const std::string other(rng.Below(20), static_cast<char>('a' + rng.Below(26)));
+            const Args args(text, static_cast<int>(rng.Below(40)) - 4,
+                            static_cast<int>(rng.Below(12)) - 1,
+                            rng.OneIn(4) ? nullptr : other.c_str());
+            const auto kind = rng.Below(std::size(kEdits));
+            kEdits[kind].first(text, args);
+            kEdits[kind].second(model, args);
+            for (const auto& [each, itsModel] : all)
+                ASSERT_EQ(Text(each), itsModel) << "seed " << seed << " edit " << kind;
         }
     }
 }
 
-TEST(String, MemoryFailureLeavesEverySharerAsItWas) {
-    struct Pair {
-        cow_String a{"shared text of some length"};
-        cow_String b{a};
-    };
-    using Operation = void (*)(Pair&);
-    const Operation operations[] = {
-        [](Pair& pair) { pair.a.Append(pair.b).Append(pair.a).Append("xyz"); },
-        [](Pair& pair) { pair.a.Insert(3, pair.a.CStr(), 9); },
-        [](Pair& pair) { pair.a.Erase(1, 2); },
-        [](Pair& pair) { pair.a = pair.a.CStr() + 5; },
-        [](Pair& pair) { pair.a[0] = 'S'; },
-        [](Pair& pair) { pair.a = cow_String(3.25).Append(pair.b.Substr(2, 9)); },
-        [](Pair& pair) { pair.a = cow_String(std::string_view(pair.b)); },
-        [](Pair& pair) { pair.a = cow_String("TEXT").ToLower().Capitalize(); }};
-    for (const Operation operation : operations)
-        ForEveryAllocationFailure([] { return Pair(); }, operation,
-                                  [](const Pair& pair, bool) {
-                                      EXPECT_EQ(Text(pair.b), "shared text of some length");
-                                      EXPECT_EQ(static_cast<int>(Text(pair.a).size()),
-                                                pair.a.Length());
-                                  });
+TEST(String, MemoryFailureLeavesTheValueBeforeOrAfter) {
+    const std::string before = "shared text of Zome length, ab";
+    for (const auto& [edit, editModel] : kEdits)
+        for (const char* const source : {static_cast<const char*>(nullptr), "another text"}) {
+            std::string after = before;
+            editModel(after, Args(before.c_str(), 2, 2, source));
+            ForEveryAllocationFailure(
+                [&] { return std::pair(cow_String(before.c_str()), cow_String()); },
+                [&, apply = edit](auto& pair) {
+                    pair.second = pair.first;
+                    apply(pair.first, Args(pair.first, 2, 2, source));
+                },
+                [&](const auto& pair, bool done) {
+                    EXPECT_EQ(Text(pair.first), done ? after : before);
+                    EXPECT_TRUE(pair.second.Empty() || Text(pair.second) == before);
+                });
+        }
 }
 
 TEST(String, AppendingByteByByteReallocatesRarely) {
