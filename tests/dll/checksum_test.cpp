@@ -12,19 +12,9 @@
 // The same edits must end in the same bits on every platform, floating point included.
 namespace {
 
-using Table = omi_IntTable<double, KZMBasOmiDefaultAllocator>;
-
-void AddMembers(const Table& table, Checksum& sum) {
-    omi_IntTableIterator<double, KZMBasOmiDefaultAllocator> it(table);
-    for (it.First(); !it.IsDone(); it.Next()) {
-        sum.Add(it.CurrentKey());
-        sum.Add(it.CurrentValue());
-    }
-}
-
 TEST(Platforms, ReachTheSameTableOfNumbers) {
     std::minstd_rand rng(7);
-    Table table;
+    omi_IntTable<double, KZMBasOmiDefaultAllocator> table;
     double running = 0.1;
     for (int step = 0; step < 20000; ++step) {
         // Keys cluster around the edges of blocks, on both sides of zero.
@@ -39,7 +29,11 @@ TEST(Platforms, ReachTheSameTableOfNumbers) {
         }
     }
     Checksum sum;
-    AddMembers(table, sum);
+    omi_IntTableIterator<double, KZMBasOmiDefaultAllocator> it(table);
+    for (it.First(); !it.IsDone(); it.Next()) {
+        sum.Add(it.CurrentKey());
+        sum.Add(it.CurrentValue());
+    }
     EXPECT_EQ(sum.Value(), 6155995008960729064u);
 }
 
@@ -48,22 +42,13 @@ TEST(Platforms, ReachTheSameListsOfText) {
     cow_List<cow_String> lists[4];
     for (int step = 0; step < 5000; ++step) {
         cow_List<cow_String>& list = lists[rng() % 4];
-        switch (rng() % 8) {
-            case 0:
-                list = lists[rng() % 4];
-                break;
-            case 1:
-                if (list.Length() > 0) list.RemoveIndex(static_cast<int>(rng()) % list.Length());
-                break;
-            case 2:
-                list.Sort();
-                break;
-            case 3:
-                if (list.Length() > 200) list.Resize(100);
-                break;
-            default:
-                list.Append(cow_String(static_cast<double>(rng() % 100000) / 7.0));
-        }
+        const auto edit = rng() % 8;
+        if (edit == 0) list = lists[rng() % 4];
+        if (edit == 1 && list.Length() > 0)
+            list.RemoveIndex(static_cast<int>(rng()) % list.Length());
+        if (edit == 2) list.Sort();
+        if (edit == 3 && list.Length() > 200) list.Resize(100);
+        if (edit > 3) list.Append(cow_String(static_cast<double>(rng() % 100000) / 7.0));
     }
     Checksum sum;
     for (const cow_List<cow_String>& list : lists)

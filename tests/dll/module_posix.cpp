@@ -24,8 +24,5 @@ std::string module::Output(const char* program) {
 }
 
 void module::SetVariable(const char* name, const char* value) {
-    if (value)
-        setenv(name, value, 1);
-    else
-        unsetenv(name);
+    value ? setenv(name, value, 1) : unsetenv(name);
 }
