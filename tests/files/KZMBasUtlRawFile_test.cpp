@@ -26,13 +26,9 @@ std::string Thrown(Call call) {
 
 TEST_F(RawFile, WhatCannotBeOpenedNamesTheServiceAndTheReason) {
     std::filesystem::create_directory("d");
-    const std::pair<const char*, const char*> cases[] = {{"", "d"},
-                                                         {"d", ""},
-                                                         {"missing", "f"},
-                                                         {"q:/", "f"},
-                                                         {"", "http://host/f"},
-                                                         {"", "Network connectors"},
-                                                         {"", ""}};
+    const std::pair<const char*, const char*> cases[] = {
+        {"", "d"}, {"d", ""},        {"", "http://host/f"}, {"", "Network connectors"},
+        {"", ""},  {"missing", "f"}, {"q:/", "f"}};
     for (const auto& [directory, file] : cases) {
         for (const FileMode mode : {FileMode::kRead, FileMode::kUpdate, FileMode::kReplace}) {
             const KZMBasUtlFilePath path(directory, file);
@@ -46,7 +42,7 @@ TEST_F(RawFile, WhatCannotBeOpenedNamesTheServiceAndTheReason) {
     }
 }
 
-TEST_F(RawFile, KeepsOrReplacesWhatIsThereAndReadsItBack) {
+TEST_F(RawFile, KeepsOrReplacesWhatIsThereAndThrowsAClassForEachFailure) {
     const KZMBasUtlFilePath path("", "f");
     char read[8] = "";
     KZMBasUtlRawFile(path, FileMode::kUpdate).Write("abcdef", 6);
@@ -61,16 +57,7 @@ TEST_F(RawFile, KeepsOrReplacesWhatIsThereAndReadsItBack) {
         file.Seek(std::int64_t{5} << 30);  // beyond 32 bits
         EXPECT_EQ(Thrown([&] { file.Read(read, 1); }), "304");
     }
-    KZMBasUtlRawFile file(path, FileMode::kReplace);
-    EXPECT_EQ(Thrown([&] { file.Read(read, 1); }), "304");
-}
-
-TEST_F(RawFile, FailingCallsThrowTheirOwnClass) {
-    MakeFile("f", "abc");
-    KZMBasUtlRawFile file({"", "f"}, FileMode::kRead);
-    char read[8] = "";
-    EXPECT_EQ(Thrown([&] { file.Read(read, 5); }), "304");
-    EXPECT_STREQ(read, "abc");
+    KZMBasUtlRawFile file(path, FileMode::kRead);
     EXPECT_EQ(Thrown([&] { file.Write("x", 1); }), "307");
     EXPECT_EQ(Thrown([&] { file.Seek(-1); }), "SetFilePointer");
     file.Close();
@@ -78,6 +65,8 @@ TEST_F(RawFile, FailingCallsThrowTheirOwnClass) {
     EXPECT_EQ(Thrown([&] { file.Write("x", 1); }), "307");
     EXPECT_EQ(Thrown([&] { file.Seek(0); }), "SetFilePointer");
     EXPECT_EQ(Thrown([&] { file.Close(); }), "CloseHandle");
+    KZMBasUtlRawFile replaced(path, FileMode::kReplace);
+    EXPECT_EQ(Thrown([&] { replaced.Read(read, 1); }), "304");
 }
 
 // Transfers the given numbers of bytes call by call, -1 being a failure, and 0 from then on.
@@ -100,10 +89,9 @@ public:
     bool Close() override { return true; }
 
 private:
-    std::ptrdiff_t Next(std::size_t size) {
+    int Next(std::size_t size) {
         m_asked.push_back(size);
-        const std::size_t call = m_asked.size() - 1;
-        const int n = call < m_pieces.size() ? m_pieces[call] : 0;
+        const int n = m_asked.size() <= m_pieces.size() ? m_pieces[m_asked.size() - 1] : 0;
         if (n < 0) platform::SetLastError(5);
         return n;
     }
@@ -114,27 +102,24 @@ private:
 };
 
 TEST(RawFileTransfer, GoesOnUntilNothingIsMissing) {
-    struct Case {
+    const struct {
         std::vector<int> pieces;
         std::vector<std::size_t> asked;
         const char *read, *write, *transferred;
-    };
-    const Case cases[] = {{{6}, {6}, "", "", "abcdef"},
-                          {{3, 1, 2}, {6, 3, 2}, "", "", "abcdef"},
-                          {{3, 0}, {6, 3}, "304", "308", "abc"},
-                          {{0}, {6}, "304", "308", ""},
-                          {{3, -1}, {6, 3}, "303", "307", "abc"}};
-    for (const Case& each : cases) {
+    } cases[] = {{{3, 1, 2}, {6, 3, 2}, "", "", "abcdef"},
+                 {{3, 0}, {6, 3}, "304", "308", "abc"},
+                 {{0}, {6}, "304", "308", ""},
+                 {{3, -1}, {6, 3}, "303", "307", "abc"}};
+    for (const auto& [pieces, calls, readError, writeError, transferred] : cases) {
         std::vector<std::size_t> asked;
         char buffer[7] = "";
-        KZMBasUtlRawFile source(std::make_unique<InPieces>(each.pieces, asked));
-        EXPECT_EQ(Thrown([&] { source.Read(buffer, 6); }), each.read);
-        EXPECT_STREQ(buffer, each.transferred);
-        EXPECT_EQ(asked, each.asked);
-        asked.clear();
-        KZMBasUtlRawFile target(std::make_unique<InPieces>(each.pieces, asked));
-        EXPECT_EQ(Thrown([&] { target.Write("abcdef", 6); }), each.write);
-        EXPECT_EQ(asked, each.asked);
+        KZMBasUtlRawFile source(std::make_unique<InPieces>(pieces, asked));
+        EXPECT_EQ(Thrown([&] { source.Read(buffer, 6); }), readError);
+        EXPECT_STREQ(buffer, transferred);
+        EXPECT_EQ(std::exchange(asked, {}), calls);
+        KZMBasUtlRawFile target(std::make_unique<InPieces>(pieces, asked));
+        EXPECT_EQ(Thrown([&] { target.Write("abcdef", 6); }), writeError);
+        EXPECT_EQ(asked, calls);
         EXPECT_EQ(Thrown([&] { target.Seek(0xFFFFFFFF); }), "");
     }
 }
