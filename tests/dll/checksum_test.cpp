@@ -1,5 +1,3 @@
-#include <cow/cow_List.h>
-#include <cow/cow_String.h>
 #include <gtest/gtest.h>
 #include <omi/omi_IntTable.h>
 #include <omi/omi_IntTableIterator.h>
@@ -35,25 +33,6 @@ TEST(Platforms, ReachTheSameTableOfNumbers) {
         sum.Add(it.CurrentValue());
     }
     EXPECT_EQ(sum.Value(), 6155995008960729064u);
-}
-
-TEST(Platforms, ReachTheSameListsOfText) {
-    std::minstd_rand rng(11);
-    cow_List<cow_String> lists[4];
-    for (int step = 0; step < 5000; ++step) {
-        cow_List<cow_String>& list = lists[rng() % 4];
-        const auto edit = rng() % 8;
-        if (edit == 0) list = lists[rng() % 4];
-        if (edit == 1 && list.Length() > 0)
-            list.RemoveIndex(static_cast<int>(rng()) % list.Length());
-        if (edit == 2) list.Sort();
-        if (edit == 3 && list.Length() > 200) list.Resize(100);
-        if (edit > 3) list.Append(cow_String(static_cast<double>(rng() % 100000) / 7.0));
-    }
-    Checksum sum;
-    for (const cow_List<cow_String>& list : lists)
-        for (const cow_String& text : list) sum.Add(std::string_view(text.CStr()));
-    EXPECT_EQ(sum.Value(), 9797408540019857528u);
 }
 
 }  // namespace

@@ -54,7 +54,12 @@ TEST(Loader, AProgramThatLinksTheLibraryFindsItStarted) {
                  {"1", KZM_C_CLIENT_PATH, "0 running"}};
     for (const auto& [value, program, output] : cases) {
         module::SetVariable(kName, value);
-        EXPECT_EQ(module::Output(program), output);
+        FILE* const pipe = module::Start(program);
+        ASSERT_NE(pipe, nullptr);
+        std::string text;
+        for (int c; (c = std::fgetc(pipe)) != EOF;) text += static_cast<char>(c);
+        EXPECT_EQ(module::End(pipe), 0);
+        EXPECT_EQ(text, output);
     }
 }
 

@@ -1,4 +1,5 @@
 #pragma once
+#include <cstdio>
 #include <string>
 
 // What the loader and process tests ask of the system; module_win.cpp and module_posix.cpp.
@@ -9,8 +10,9 @@ void Unload(void* handle);
 bool IsLoaded(const char* path);
 void* Find(void* handle, const char* name);
 
-// Runs a program to its end and returns what it wrote to standard output.
-std::string Output(const char* program);
+// A running program's standard output; End waits for its exit code.
+FILE* Start(const char* program);
+int End(FILE* pipe);
 
 // A null value removes the name; programs started later inherit it.
 void SetVariable(const char* name, const char* value);

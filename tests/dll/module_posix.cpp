@@ -14,14 +14,8 @@ bool module::IsLoaded(const char* path) {
     return handle != nullptr;
 }
 
-std::string module::Output(const char* program) {
-    std::string text;
-    FILE* const pipe = popen(program, "r");
-    if (!pipe) return "cannot start";
-    for (int c; (c = std::fgetc(pipe)) != EOF;) text += static_cast<char>(c);
-    const int status = pclose(pipe);
-    return status == 0 ? text : "failed: " + text;
-}
+FILE* module::Start(const char* program) { return popen(program, "r"); }
+int module::End(FILE* pipe) { return pclose(pipe); }
 
 void module::SetVariable(const char* name, const char* value) {
     value ? setenv(name, value, 1) : unsetenv(name);
