@@ -14,12 +14,9 @@ namespace {
 using Info = KZMBasOmniProcessInfo;
 
 TEST(ProcessInfo, TheRankComesFromTheLauncherAndStaysWhereItSaysNothing) {
-    using Text = const char*;
-    const std::tuple<Text, Text, int> cases[] = {{nullptr, nullptr, 0},
-                                                 {"3", "5", 3},
-                                                 {nullptr, "6", 6},
-                                                 {nullptr, nullptr, 6},
-                                                 {"abc", "5", 0}};
+    const char* const none = nullptr;
+    const std::tuple<const char*, const char*, int> cases[] = {
+        {none, none, 0}, {"3", "5", 3}, {none, "6", 6}, {none, none, 6}, {"abc", "5", 0}};
     for (const auto& [mpi, pmi, rank] : cases) {
         platform::SetEnvironment("MPI_RANKID", mpi);
         platform::SetEnvironment("PMI_RANK", pmi);

@@ -4,6 +4,8 @@
 #include <process/omn_FPESetting.h>
 
 #include <cmath>
+#include <cstdio>
+#include <tuple>
 
 namespace {
 
@@ -13,30 +15,21 @@ double (*const kOperations[])() = {[] { return 1.0 / g_zero; }, [] { return g_ze
                                    [] { return g_huge * 10; }};
 
 TEST(FloatingPointDeathTest, TrapsStopTheProcessWhereWantedAndNotIgnored) {
-    struct {
-        const char* wish;
-        bool ignore;
-        bool trapping;
-    } const cases[] = {{nullptr, false, false}, {"0", false, false}, {"1", false, true},
-                       {"00", false, true},     {"no", false, true}, {"1", true, false}};
+    const std::tuple<const char*, bool, bool> cases[] = {
+        {nullptr, false, false}, {"0", false, false}, {"1", false, true},
+        {"00", false, true},     {"no", false, true}, {"1", true, false}};
     for (const auto& [wish, ignore, trapping] : cases) {
-        SCOPED_TRACE(wish ? wish : "unset");
         platform::SetEnvironment("GLOBAL_ENABLE_FPE", wish);
         omn_ignoreFPESetting(ignore);
         omn_globalFPESetting();
-        EXPECT_EQ(omn_currentFPEState().trapping, trapping);
+        EXPECT_EQ(omn_currentFPEState().trapping, trapping) << (wish ? wish : "unset");
         if (trapping) continue;
         for (const auto operation : kOperations) EXPECT_FALSE(std::isfinite(operation()));
     }
     platform::SetEnvironment("GLOBAL_ENABLE_FPE", "1");
     omn_ignoreFPESetting(false);
     for (const auto operation : kOperations)
-        EXPECT_DEATH(
-            {
-                omn_globalFPESetting();
-                g_huge = operation();
-            },
-            "");
+        EXPECT_DEATH((omn_globalFPESetting(), std::printf("%g", operation())), "");
     platform::SetEnvironment("GLOBAL_ENABLE_FPE", nullptr);
     omn_globalFPESetting();
 }

@@ -7,6 +7,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <tuple>
 
 namespace {
 
@@ -46,15 +47,12 @@ TEST(ResourceTables, AFreshRecordIsEmptyButForTheManagersData) {
     const Tables& tables = *::new (memory.get()) Tables;
     for (const std::int32_t value : tables.m_resourceData) EXPECT_EQ(value, -0x55555556);
     EXPECT_EQ(tables.m_reserved, 0);
-    const struct {
-        Print print;
-        std::string text;
-        bool flushes;
-    } cases[] = {{&Tables::PrintPhases, Numbered("Phases:\n", 22, " "), true},
-                 {&Tables::PrintProcedures, Numbered("Procedures:\n", 6, " "), true},
-                 {&Tables::PrintPriorities, Numbered("Priorities:\n", 6, " "), true},
-                 {&Tables::PrintResources,
-                  Numbered("Resources:\n", 65, std::string(23, ' ') + "   0   0"), false}};
+    const std::tuple<Print, std::string, bool> cases[] = {
+        {&Tables::PrintPhases, Numbered("Phases:\n", 22, " "), true},
+        {&Tables::PrintProcedures, Numbered("Procedures:\n", 6, " "), true},
+        {&Tables::PrintPriorities, Numbered("Priorities:\n", 6, " "), true},
+        {&Tables::PrintResources, Numbered("Resources:\n", 65, std::string(23, ' ') + "   0   0"),
+         false}};
     for (const auto& [print, text, flushes] : cases)
         EXPECT_EQ(Printed(tables, print), (std::pair(text, flushes)));
 }

@@ -18,6 +18,11 @@ namespace {
 using Block = std::unique_ptr<void, void (*)(void*)>;
 Block NewBlock() { return Block(mem_Malloc(100), mem_Free); }
 
+template <class T>
+void* Listed() {
+    return omi_SingletonRegistry::Instance()->Find(typeid(T).name());
+}
+
 struct Settings : omi_SingletonBase<Settings> {
     static inline std::string s_seenWhileDying;
     virtual ~Settings() {  // virtual: the base is constructed before there is a dynamic type
@@ -30,7 +35,7 @@ TEST(Singleton, IsMadeOnceListedWhileItLivesAndMadeAnew) {
     RegistryRecord record;
     Settings* const first = &omi_Singleton<Settings>::Instance();
     EXPECT_EQ(first, &omi_Singleton<Settings>::Instance());
-    EXPECT_EQ(omi_SingletonRegistry::Instance()->Find(typeid(Settings).name()), first);
+    EXPECT_EQ(Listed<Settings>(), first);
     omi_SingletonBase<Settings>::Finalize();
     EXPECT_EQ(Settings::s_seenWhileDying, "itself");
     omi_SingletonBase<Settings>::Finalize();  // there is none: only the name is taken out again
@@ -109,7 +114,7 @@ TEST_F(GlobalSingleton, EveryAttemptAsksForAMutexAndTheFirstOneServes) {
     g_mutexRequests = 0;
     Shared::s_refuse = true;
     EXPECT_THROW(Shared::Instance(), std::runtime_error);
-    EXPECT_EQ(omi_SingletonRegistry::Instance()->Find(typeid(Shared).name()), nullptr);
+    EXPECT_EQ(Listed<Shared>(), nullptr);
     EXPECT_EQ(g_mutexRequests, 1);
     Shared::s_refuse = false;
     g_mutexes = false;  // not needed: the first attempt's is kept
@@ -151,10 +156,9 @@ TEST_F(GlobalSingleton, MemoryFailureInCreationLeavesNoneOfEitherForm) {
             Shared::Instance();
         },
         [](auto&, bool made) {
-            const auto* const registry = omi_SingletonRegistry::Instance();
-            EXPECT_EQ(registry->Find(typeid(Shared).name()) != nullptr, made);
-            const void* const settings = registry->Find(typeid(Settings).name());
+            const void* const settings = Listed<Settings>();
             EXPECT_TRUE(!settings || settings == &omi_Singleton<Settings>::Instance());
+            EXPECT_EQ(Listed<Shared>() != nullptr, made);
         });
 }
 

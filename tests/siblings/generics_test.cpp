@@ -2,7 +2,6 @@
 #include <generics/KZMBasTree.h>
 #include <generics/KZMBasVector.h>
 #include <gtest/gtest.h>
-#include <support/memory_failure.h>
 
 #include <algorithm>
 #include <map>
@@ -65,29 +64,6 @@ TEST(Tree, MatchesTheStandardMapUnderRandomEdits) {
         for (auto last = model.rbegin(); last != model.rend(); ++last, back = back.Previous())
             ASSERT_EQ(back.Key(), last->first);
     }
-}
-
-TEST(Generics, MemoryFailureLeavesContainersAsTheyWere) {
-    struct Subject {
-        Strings vector{3, "an element"};
-        KZMBasTree<int, cow_String> tree;
-        Subject() { tree.Set(1, "one"); }
-    };
-    ForEveryAllocationFailure([] { return Subject(); },
-                              [](Subject& subject) {
-                                  KZMBasTree<int, cow_String> copy(subject.tree);
-                                  copy[2] = "two";
-                                  subject.tree = copy;
-                                  Strings more(subject.vector);
-                                  more.Insert(1, "inserted");
-                                  more.Resize(40, "many");
-                                  more.Compact();
-                                  subject.vector = more;
-                              },
-                              [](const Subject& subject, bool done) {
-                                  EXPECT_EQ(subject.vector.Size(), done ? 40 : 3);
-                                  EXPECT_EQ(subject.tree.Find(1).Value(), "one");
-                              });
 }
 
 }  // namespace
