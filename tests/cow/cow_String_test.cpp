@@ -89,13 +89,8 @@ TEST(String, EditsClampPositionsAndCountsAndNumbersReadBack) {
     const cow_String text("hello"), ad("ad"), parts(" \t x y ");
     const std::pair<cow_String, const char*> cases[] = {
         {text.Substr(1, INT_MAX), "ello"},
-        {text.Substr(-5, 2), "he"},
-        {text.Substr(9, 2).Append(text.Substr(1, -2)), ""},
         {cow_String(text).Erase(1, INT_MAX), "h"},
-        {cow_String(text).Erase(1, -1), "hello"},
-        {cow_String(ad).Insert(1, "bcX", 2), "abcd"},
         {cow_String(ad).Insert(99, "bc", INT_MAX), "adbc"},
-        {cow_String(text).Replace(1, 3, "ipp", 2), "hipo"},
         {cow_String(text).Replace(3, INT_MAX, "p", INT_MAX), "help"},
         {cow_String(text).Replace(0, 2, nullptr, 4), "llo"},
         {cow_String(40, cow_String::PreSize).Append(cow_String(-1, cow_String::PreSize)), ""},
@@ -129,8 +124,7 @@ TEST(String, MeetsTheStandardLibrary) {
     const cow_String s(std::string_view("a\0b", 3));
     EXPECT_EQ(std::string_view(s).size(), 3U);
     std::ostringstream out;
-    out << cow_String("streamed");
-    EXPECT_EQ(out.str(), "streamed");
+    EXPECT_EQ((out << cow_String("streamed"), out.str()), "streamed");
     EXPECT_EQ((std::unordered_set<cow_String>{"x", "y", "x"}.size()), 2U);
 }
 

@@ -12,6 +12,57 @@
 
 namespace {
 
+// Counts its live objects, so that a lost or twice destroyed referent shows.
+struct Tracked {
+    static int s_live;
+    int value;
+    explicit Tracked(int v) : value(v) { ++s_live; }
+    Tracked(const Tracked& other) : value(other.value) { ++s_live; }
+    ~Tracked() { --s_live; }
+};
+int Tracked::s_live = 0;
+
+using Handle = cow_COW<Tracked, cow_Direct<Tracked>>;
+
+TEST(CowHandle, WriteToACopyLeavesTheOriginalAndMakesBothExclusive) {
+    Handle a(Tracked(1));
+    host_heap::Watch();
+    Handle b(std::move(a));  // shares
+    EXPECT_TRUE(a.HasValue() && !a.Exclusive() && &a.ConstGet() == &b.ConstGet());
+    EXPECT_EQ(host_heap::g_probe.requests, 0);
+    b.Get().value = 2;
+    EXPECT_EQ(&b.Get(), &b.Get());
+    EXPECT_EQ(host_heap::g_probe.requests, 2);  // the referent and its count
+    EXPECT_TRUE(a.Exclusive() && b.Exclusive());
+    EXPECT_EQ(a.ConstGet().value + 10 * b.ConstGet().value, 21);
+    b = a;
+    b = cow_Direct<Tracked>::Copy(Tracked(3));
+    EXPECT_EQ(a.ConstGet().value + 10 * b.ConstGet().value, 31);
+    host_heap::Watch();
+    b = static_cast<Tracked*>(nullptr);  // exclusive: keeps its counter
+    EXPECT_EQ(host_heap::g_probe.requests, 0);
+    host_heap::Unwatch();
+    EXPECT_TRUE(b.IsNull());
+    a = std::move(b);
+    EXPECT_TRUE(a.IsNull() && b.IsNull());
+    EXPECT_EQ(Tracked::s_live, 0);
+}
+
+TEST(CowHandle, SelfAssignmentAndAssignmentFromTheOwnReferentAreSafe) {
+    struct Node {
+        explicit Node(Node* child) : next(child) {}
+        cow_COW<Node, cow_Direct<Node>> next;
+    };
+    const Node leaf(nullptr);
+    cow_COW<Node, cow_Direct<Node>> root(Node(cow_Direct<Node>::Copy(leaf)));
+    root = *&root;
+    for (int level = 0; level < 2; ++level) {
+        ASSERT_TRUE(root.HasValue());
+        root = root.ConstGet().next;
+    }
+    EXPECT_TRUE(root.IsNull());
+}
+
 using Numbers = cow_FixedArray<double>;
 
 TEST(FixedArray, WritesDetachOnceAndOnlyTheWriter) {
