@@ -3,7 +3,6 @@
 #include <omi/omi_fortran.h>
 
 #include <string>
-#include <utility>
 
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
@@ -17,57 +16,49 @@ struct LossIsIntended {
 namespace {
 
 using std::string;
-using Size = std::pair<int, const char*>;
 
 TEST(Fortran, TextsAreTrimmedFirstThenCutToSeventyNineCharacters) {
     const string cases[][2] = {{"AB      ", "AB"},
                                {"  A B ", "  A B"},
                                {"A\t", "A\t"},
-                               {"        ", ""},
+                               {"     ", ""},
                                {"", ""},
                                {string(100, 'x'), string(79, 'x')},
                                {"A" + string(98, ' ') + "B", "A" + string(78, ' ')}};
     for (const auto& [text, converted] : cases) {
         char out[81] = "";
         out[80] = '#';
-        omi_fortranStringConvert(out, text.data(), static_cast<int>(text.size()));
-        EXPECT_EQ(out, converted);
-        EXPECT_EQ(out[80], '#');
+        const int length = static_cast<int>(text.size());
+        omi_fortranStringConvert(out, text.data(), length);
+        EXPECT_EQ(out + string(1, out[80]), converted + "#");
+        char** const list = omi_fortranStringListConvert(2, (text + text).data(), length);
+        EXPECT_EQ(list[0] + string(list[1]), converted + converted);
+        omi_fortranStringListFree(2, list);
     }
 }
 
-TEST(Fortran, FileNamesAreCutToTheCallersBuffer) {
-    for (const auto& [size, converted] :
-         {Size{5, "AB  "}, {3, "AB"}, {8, "AB  CDE"}, {1, ""}, {0, "#######"}, {-3, "#######"}}) {
-        char out[] = "#######";
-        omi_fortranFileNameConvert(out, size, "AB  CDE ", 8);
-        EXPECT_STREQ(out, converted);
+TEST(Fortran, FileNamesAreCutToTheCallersBufferAndEnblankFillsIt) {
+    const struct {
+        int size;
+        const char *fileName, *element, *enblanked, *nothing;
+    } cases[] = {
+        {6, "AB  C", "AB  C", "ABC   #", "      #"}, {3, "AB", "AB", "ABC####", "   ####"},
+        {5, "AB  ", "AB  ", "ABC  ##", "     ##"},   {7, "AB  CD", "AB  CD", "ABC    ", "       "},
+        {2, "A", "A", "AB#####", "  #####"},         {1, "", "", "A######", " ######"},
+        {0, "#######", "", "#######", "#######"},    {-3, "#######", "", "#######", "#######"}};
+    for (const auto& [size, fileName, element, enblanked, nothing] : cases) {
+        SCOPED_TRACE(size);
+        char name[] = "#######", text[] = "#######", blanks[] = "#######";
+        omi_fortranFileNameConvert(name, size, "AB  CDE ", 8);
+        EXPECT_STREQ(name, fileName);
+        omi_fortranStringEnblank(text, size, "ABC");
+        EXPECT_STREQ(text, enblanked);
+        omi_fortranStringEnblank(blanks, size, nullptr);
+        EXPECT_STREQ(blanks, nothing);
+        char** const list = omi_fortranStringVarListConvert(2, size, "        AB  CDE ", 8);
+        EXPECT_EQ(list[0] + string(list[1]), element);
+        omi_fortranStringListFree(2, list);
     }
-}
-
-TEST(Fortran, EnblankFillsExactlyTheBuffer) {
-    for (const auto& [length, filled] : {Size{6, "ABC   ##"}, {2, "AB######"}, {-1, "########"}}) {
-        char out[] = "########";
-        omi_fortranStringEnblank(out, length, "ABC");
-        EXPECT_STREQ(out, filled);
-    }
-    char out[] = "########";
-    omi_fortranStringEnblank(out, 6, nullptr);
-    EXPECT_STREQ(out, "      ##");
-}
-
-TEST(Fortran, ListsHoldATerminatedTextPerElement) {
-    char** list = omi_fortranStringListConvert(3, "ABCDEF    GH", 4);
-    EXPECT_EQ(string(list[0]) + list[1] + list[2], "ABCDEF  GH");
-    omi_fortranStringListFree(3, list);
-    for (const auto& [size, expected] : {Size{10, "ABCD"}, {3, "AB"}, {1, ""}, {0, ""}}) {
-        list = omi_fortranStringVarListConvert(3, size, "ABCDEF    GH", 4);
-        EXPECT_STREQ(list[0], expected);
-        omi_fortranStringListFree(3, list);
-    }
-    list = omi_fortranStringListConvert(2, string(200, 'w').data(), 100);
-    EXPECT_EQ(list[1], string(79, 'w'));
-    omi_fortranStringListFree(2, list);
 }
 
 TEST(Fortran, ListsOfNothingAreEmptyNotNull) {

@@ -2,48 +2,41 @@
 #include <omi/omi_Timer.h>
 #include <omi/omi_complex.h>
 
-#include <chrono>
 #include <complex>
 #include <limits>
-#include <thread>
 
 namespace {
 
-// Processor time that the optimiser cannot take away.
-void Work() {
-    volatile unsigned sum = 0;
-    for (unsigned i = 0; i < 5'000'000; ++i) sum = sum + i;
+// Lets the system's count of processor time go on, which it does in steps of some milliseconds.
+void Work(const omi_Timer& clock) {
+    const double before = clock.GetTotalCpuTime();
+    while (clock.GetTotalCpuTime() == before && clock.GetElapsedTime() < 10) {
+    }
 }
 
 TEST(Timer, CountsOnlyWhileItRunsAndResumesWhereItStopped) {
-    omi_Timer timer;
+    omi_Timer timer, other;
+    other.Start();
     EXPECT_EQ(timer.GetElapsedTime() + timer.GetElapsedStartTime(), 0);
     timer.Start();
-    do {  // the system counts processor time in steps of some milliseconds
-        Work();
-    } while (timer.GetTotalCpuTime() == 0 && timer.GetElapsedTime() < 10);
-    const double whileRunning = timer.GetElapsedTime();
-    EXPECT_GT(whileRunning, 0);
-    EXPECT_GE(timer.GetElapsedTime(), whileRunning);
+    Work(timer);
+    const double running = timer.GetElapsedTime();
     timer.Stop();
     const double stopped = timer.GetElapsedTime();
     const double processor = timer.GetTotalCpuTime();
-    EXPECT_GE(stopped, whileRunning);
+    EXPECT_TRUE(0 < running && running <= stopped && 0 < processor);
     EXPECT_EQ(timer.GetElapsedStartTime(), stopped);  // one run so far
-    EXPECT_GT(processor, 0);
-
-    Work();
+    Work(other);
     timer.Stop();
     EXPECT_EQ(timer.GetElapsedTime(), stopped);
     EXPECT_EQ(timer.GetTotalCpuTime(), processor);
-
     timer.Start();
+    Work(other);
+    const double run = timer.GetElapsedStartTime();
     timer.Start();
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));
     timer.Stop();
-    EXPECT_GE(timer.GetElapsedStartTime(), 0.002);
+    EXPECT_TRUE(0 < run && run <= timer.GetElapsedStartTime());
     EXPECT_DOUBLE_EQ(timer.GetElapsedTime(), stopped + timer.GetElapsedStartTime());
-
     timer.Reset();
     EXPECT_EQ(timer.GetElapsedTime() + timer.GetElapsedStartTime() + timer.GetTotalCpuTime(), 0);
 }
@@ -55,7 +48,6 @@ TEST(Complex, AgreesWithTheStandardOne) {
     for (const auto& z : cases) {
         SCOPED_TRACE(testing::PrintToString(z));
         const omi_complex c = z;
-        EXPECT_EQ(std::complex<double>(c.Real(), c.Imaginary()), z);
         EXPECT_EQ(std::complex<double>(c), z);
         EXPECT_DOUBLE_EQ(c.Modulus(), std::abs(z));
         EXPECT_EQ(c.Argument(), std::arg(z));

@@ -5,12 +5,77 @@
 #include <support/random.h>
 
 #include <algorithm>
+#include <cctype>
 #include <climits>
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
 
 namespace {
+
+using Cells = omi_BlockedArray<int>;
+
+TEST(BlockedArray, TableGrowsByWholeStepsToCoverTheBlock) {
+    const unsigned cases[][4] = {{0, 10, 5000, 128}, {4, 2, 15, 4}, {4, 2, 17, 8}, {4, 33, 5, 4}};
+    for (const auto& [slots, shift, index, grown] : cases) {
+        SCOPED_TRACE(index);
+        omi_BlockedArray<double> array(slots, shift);
+        EXPECT_EQ(array.GetCell(index), nullptr);
+        array.SetCell(index, 7);
+        EXPECT_EQ(*array.GetCell(index) + *array.GetCell(index ^ 1), 7);
+        EXPECT_EQ(array.Footprint(),
+                  sizeof array + grown * sizeof(void*) + (sizeof(double) << (shift & 31)));
+    }
+    Cells nameless(0, 0);
+    EXPECT_THROW(nameless.SetCell(0xffffff80u, 1), std::bad_alloc);
+    EXPECT_EQ(nameless.GetCell(0xffffff80u), nullptr);
+}
+
+TEST(BlockedArray, AssignmentKeepsBlocksOfEqualShapeAndTakesAnotherShape) {
+    Cells a(8, 2), b(8, 2);
+    a.SetCell(5, 1);
+    a.SetCell(9, 1);
+    b.SetCell(6, 2);
+    const int* const kept = a.GetCell(4);
+    a = b;
+    EXPECT_EQ(a.GetCell(4), kept);
+    EXPECT_EQ(kept[1] * 10 + kept[2], 2);
+    EXPECT_EQ(a.GetCell(9), nullptr);
+    a = Cells(0, 4);
+    EXPECT_EQ(a.Footprint(), sizeof a);
+    a.SetCell(0, 1);
+    EXPECT_EQ(a.Footprint(), sizeof a + 128 * sizeof(void*) + 16 * sizeof(int));
+}
+
+TEST(BlockedArray, DumpShowsBytesWidenedWithTheirSign) {
+    Cells array(2, 2), eight(4, 3);
+    array.SetCell(5, -1);
+    array.SetCell(6, 128);
+    eight.SetCell(8, 0x04030201);
+    testing::internal::CaptureStdout();
+    array.DumpArray();
+    eight.DumpArray();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "Block indices= 4 - 7\n"
+              "00000000|ffffffffffffffffffffffffffffffff|ffffff80000000|00000000|\n"
+              "Block indices= 8 - 15\n"
+              "01020304|00000000|00000000|00000000|00000000|00000000|00000000|00000000\n\n");
+}
+
+TEST(BlockedArray, AssignmentsThatFailLeaveTheCells) {
+    const auto made = [](unsigned shift, int value) {
+        Cells cells(2, shift);
+        for (const unsigned i : {1u, 1000u}) cells.SetCell(i, value);
+        return cells;
+    };
+    for (const unsigned shift : {3u, 4u})
+        ForEveryAllocationFailure(
+            [&] { return made(3, 1); }, [&](Cells& cells) { cells = made(shift, 7); },
+            [](const Cells& cells, bool done) {
+                EXPECT_EQ(*cells.GetCell(1) + *cells.GetCell(1000), done ? 14 : 2);
+            });
+}
 
 using Policy = KZMBasOmiDefaultAllocator;
 using Uint = omi_UintTable<int, Policy>;
@@ -18,29 +83,29 @@ using Int = omi_IntTable<int, Policy>;
 using UintIterator = omi_UintTableIterator<int, Policy>;
 using IntIterator = omi_IntTableIterator<int, Policy>;
 
-template <class Iterator, class Table>
-auto Upwards(const Table& table, omi_TableCompare compare = nullptr) {
-    Iterator it(table, compare);
-    std::vector<std::pair<decltype(it.CurrentKey()), int>> members;
-    for (it.First(); !it.IsDone(); it.Next())
-        members.emplace_back(it.CurrentKey(), it.CurrentValue());
-    return members;
-}
+template <class Table>
+using Iterator = std::conditional_t<std::is_same_v<Table, Int>, IntIterator, UintIterator>;
+template <class Table>
+using Key = decltype(std::declval<Iterator<Table>>().CurrentKey());
+template <class Table>
+using Pairs = std::vector<std::pair<Key<Table>, int>>;
 
-template <class Iterator, class Table>
-auto Downwards(const Table& table, omi_TableCompare compare = nullptr) {
-    Iterator it(table, compare);
-    std::vector<std::pair<decltype(it.CurrentKey()), int>> members;
+template <class Table>
+Pairs<Table> Listed(const Table& table, omi_TableCompare compare = nullptr) {
+    Iterator<Table> it(table, compare);
+    Pairs<Table> up, down;
+    for (it.First(); !it.IsDone(); it.Next()) up.emplace_back(it.CurrentKey(), it.CurrentValue());
     for (it.Last(); !it.IsDone(); it.Previous())
-        members.emplace_back(it.CurrentKey(), it.CurrentValue());
-    std::reverse(members.begin(), members.end());
-    return members;
+        down.emplace_back(it.CurrentKey(), it.CurrentValue());
+    EXPECT_EQ(up, Pairs<Table>(down.rbegin(), down.rend()));
+    EXPECT_TRUE(compare || up == Pairs<Table>(table.begin(), table.end()));
+    return up;
 }
 
 // Bytes of a table without blocks, which tell its number of slots.
 std::size_t BytesOfSlots(unsigned slots) { return sizeof(Uint) + slots * sizeof(void*); }
 
-TEST(UintTable, LayoutsStartAsTheirConstructorsSay) {
+TEST(UintTable, LayoutsStartAsTheirConstructorsSayAndKeepNoEmptyBlock) {
     EXPECT_EQ(Uint().Footprint(), BytesOfSlots(2));
     EXPECT_EQ(Uint(5u).Footprint(), BytesOfSlots(128));
     EXPECT_EQ(Uint(8u, 8u, 16u).Footprint(), BytesOfSlots(2));
@@ -55,151 +120,103 @@ TEST(UintTable, LayoutsStartAsTheirConstructorsSay) {
     for (const auto& [original, key, slots] : cases) {
         SCOPED_TRACE(key);
         const std::unique_ptr<Uint> table(original.Copy());
-        EXPECT_TRUE(table->Insert(key, 1));
-        EXPECT_FALSE(table->Insert(key, 2));
-        EXPECT_EQ(table->ConstGet(key), 2);
-        EXPECT_TRUE(table->Remove(key));
-        EXPECT_FALSE(table->Remove(key));
+        table->Insert(key, 1);
+        table->Insert(key ^ 1, 2);
+        EXPECT_EQ(table->FindTableBlock(key), table->FindTableBlock(key ^ 1));
+        table->Remove(key);
+        EXPECT_NE(table->FindTableBlock(key ^ 1) != nullptr, table->IsMember(key));
+        table->Remove(key ^ 1);
+        EXPECT_EQ(table->FindTableBlock(key ^ 1), nullptr);
         EXPECT_EQ(table->Footprint(), BytesOfSlots(slots));
     }
 }
 
-TEST(UintTable, ABlockLastsAsLongAsItHasMembers) {
-    Uint table;
-    table.Insert(7, 70);
-    table.Insert(8, 80);
-    EXPECT_EQ(table.FindTableBlock(8), table.FindTableBlock(7));
-    EXPECT_EQ(table.FindTableBlock(1u << 20), nullptr);
-    EXPECT_TRUE(table.Remove(7));
-    int value = 5;
-    EXPECT_FALSE(table.ConstGetValue(7, value));
-    EXPECT_EQ(value, 5);
-    EXPECT_NE(table.FindTableBlock(8), nullptr);
-    EXPECT_TRUE(table.Remove(8));
-    EXPECT_EQ(table.FindTableBlock(8), nullptr);
-    EXPECT_TRUE(table.IsEmpty());
-}
-
+// A text keeps its address when it is copied.
 TEST(UintTable, AValueOfTheTableMayBeInserted) {
+    const char* const text = "a text that is longer than any small buffer";
     omi_UintTable<cow_String, Policy> table;
-    table.Insert(1, "a text that is longer than any small buffer");
+    table.Insert(1, text);
     table.Insert(0xffffffffu, table.ConstGet(1));
     table.Insert(1, table.ConstGet(1));
     EXPECT_EQ(table.ConstGet(1).CStr(), table.ConstGet(0xffffffffu).CStr());
+    omi_BlockedArray<cow_String> array(0, 3);
+    array.SetCell(1, text);
+    array.SetCell(1, *array.GetCell(1));
+    array.SetCell(100000, *array.GetCell(1));
+    EXPECT_EQ(array.GetCell(1)->CStr(), array.GetCell(100000)->CStr());
 }
 
-TEST(UintTable, PairsInsertInOrderAndTheLastOfEqualKeysStays) {
-    const unsigned keys[] = {9, 3, 9};
-    const int values[] = {1, 2, 3};
-    const Uint table(3, keys, values);
-    EXPECT_EQ(Upwards<UintIterator>(table),
-              (std::vector<std::pair<unsigned, int>>{{3, 2}, {9, 3}}));
-}
-
-TEST(UintTable, IterationByBlockStartsAtTheNeighbouringBlocksEdge) {
-    Uint table;
-    for (const unsigned key : {1u, 5u, (2u << 20) + 3, (2u << 20) + 9}) table.Insert(key, 0);
-    UintIterator it(table);
-    EXPECT_TRUE(it.IsDone());
-    EXPECT_TRUE(it.NextBlock());  // from nowhere: the first block
-    EXPECT_TRUE(it.NextBlock());
-    EXPECT_EQ(it.CurrentKey(), (2u << 20) + 3);
-    EXPECT_TRUE(it.PreviousBlock());
-    EXPECT_EQ(it.CurrentKey(), 5u);
-    for (const bool forward : {false, true}) {  // beyond either end and back
-        for (int i = 0; i < 3; ++i)
-            EXPECT_EQ(forward ? it.NextBlock() : it.PreviousBlock(), forward && i < 2);
-        EXPECT_TRUE(it.IsDone());
-    }
-    EXPECT_TRUE(it.PreviousBlock());
-    EXPECT_EQ(it.CurrentKey(), (2u << 20) + 9);
-}
-
-int DescendingKeys(const void* a, const void* b) {
-    const auto& x = **static_cast<const omi_TableRecord<unsigned, int>* const*>(a);
-    const auto& y = **static_cast<const omi_TableRecord<unsigned, int>* const*>(b);
-    return x.key < y.key ? 1 : x.key > y.key ? -1 : 0;
-}
-
+template <class K>
 int AscendingValues(const void* a, const void* b) {
-    const auto& x = **static_cast<const omi_TableRecord<int, int>* const*>(a);
-    const auto& y = **static_cast<const omi_TableRecord<int, int>* const*>(b);
-    return *x.value < *y.value ? -1 : *x.value > *y.value ? 1 : 0;
+    const auto& x = **static_cast<const omi_TableRecord<K, int>* const*>(a);
+    const auto& y = **static_cast<const omi_TableRecord<K, int>* const*>(b);
+    return *x.value - *y.value;
 }
 
-TEST(TableIterators, AComparisonFunctionOrdersTheWholeTable) {
-    Uint table;
-    for (unsigned key = 1; key <= 3; ++key) table.Insert(key, static_cast<int>(key));
-    const std::vector<std::pair<unsigned, int>> descending = {{3, 3}, {2, 2}, {1, 1}};
-    EXPECT_EQ(Upwards<UintIterator>(table, DescendingKeys), descending);
-    EXPECT_EQ(Downwards<UintIterator>(table, DescendingKeys), descending);
+template <class Table>
+class Tables : public testing::Test {};
+using BothTables = testing::Types<Uint, Int>;
+TYPED_TEST_SUITE(Tables, BothTables);
 
-    const int keys[] = {-5, 7, INT_MIN, 0};
-    const int values[] = {2, 1, 4, 3};
-    const Int signedTable(4, keys, values);
-    const std::vector<std::pair<int, int>> byValue = {{7, 1}, {-5, 2}, {0, 3}, {INT_MIN, 4}};
-    EXPECT_EQ(Upwards<IntIterator>(signedTable, AscendingValues), byValue);
-    EXPECT_EQ(Downwards<IntIterator>(signedTable, AscendingValues), byValue);
-    EXPECT_TRUE(Upwards<IntIterator>(Int(), AscendingValues).empty());
+TYPED_TEST(Tables, TheLastOfEqualKeysStaysAndAComparisonOrdersTheWholeTable) {
+    const auto kEdge = static_cast<Key<TypeParam>>(INT_MIN);
+    const Key<TypeParam> keys[] = {9, 3, 9, kEdge, 0};
+    const int values[] = {9, 2, 1, 4, 3};
+    const TypeParam table(5, keys, values);
+    Pairs<TypeParam> expected = {{9, 1}, {3, 2}, {0, 3}, {kEdge, 4}};
+    EXPECT_EQ(Listed(table, AscendingValues<Key<TypeParam>>), expected);
+    std::sort(expected.begin(), expected.end());
+    EXPECT_EQ(Listed(table), expected);
+    EXPECT_TRUE(Listed(TypeParam(), AscendingValues<Key<TypeParam>>).empty());
 }
 
-TEST(IntTable, KeysAscendAcrossTheSign) {
-    const std::vector<int> sets[] = {{INT_MIN, -5, -1, 0, 3}, {-1}, {0}, {INT_MIN, INT_MAX}, {}};
-    for (const std::vector<int>& keys : sets) {
-        Int table;
-        std::vector<std::pair<int, int>> expected;
-        for (const int key : keys) {
-            EXPECT_TRUE(table.Insert(key, key / 2));
-            expected.emplace_back(key, key / 2);
+// The steps of an iterator over four members, and where each one led.
+template <class Table>
+std::string Walk(const Table& table, const std::string& steps) {
+    const Pairs<Table> members = Listed(table);
+    Iterator<Table> it(table, nullptr);
+    std::string seen;
+    for (const char c : steps) {
+        c == 'F' ? it.First() : c == '+' ? it.Next() : c == '-' ? it.Previous() : void();
+        if constexpr (std::is_same_v<Table, Uint>) {
+            const bool moved = c == 'n' ? it.NextBlock() : c == 'p' ? it.PreviousBlock() : true;
+            EXPECT_TRUE(moved != it.IsDone() || std::isalpha(c) == 0 || c == 'F');
         }
-        EXPECT_EQ(Upwards<IntIterator>(table), expected);
-        EXPECT_EQ(Downwards<IntIterator>(table), expected);
-        EXPECT_EQ(table.Size(), static_cast<int>(keys.size()));
+        for (std::size_t i = 0; !it.IsDone() && i < members.size(); ++i)
+            if (members[i].first == it.CurrentKey()) seen += static_cast<char>('0' + i);
+        if (it.IsDone()) seen += '.';
     }
+    return seen;
 }
 
-TEST(IntTable, AnIteratorCanTurnRoundAndStartAgain) {
+TEST(TableIterators, TurnRoundStartAgainAndGoToTheEdgeOfTheNextBlock) {
     const int keys[] = {-2, -1, 0, 1};
-    const Int table(4, keys, keys);
-    IntIterator it(table);
-    std::vector<int> seen;
-    const auto step = [&](bool forward) {
-        forward ? it.Next() : it.Previous();
-        seen.push_back(it.IsDone() ? 99 : it.CurrentKey());
-    };
-    it.First();
-    for (const bool forward : {true, true, false, false, true, true, true, true}) step(forward);
-    EXPECT_EQ(seen, (std::vector<int>{-1, 0, -1, -2, -1, 0, 1, 99}));
-    it.First();
-    it.Next();
-    it.Next();
-    it.First();
-    it.Previous();
-    EXPECT_TRUE(it.IsDone());
+    EXPECT_EQ(Walk(Int(4, keys, keys), "F++--++++F++F-"), "01210123.0120.");
+    const unsigned blocks[] = {1, 5, (2u << 20) + 3, (2u << 20) + 9};
+    const Uint table(4, blocks, keys);
+    EXPECT_EQ(Walk(table, "F++--++++F++F-"), "01210123.0120.");
+    EXPECT_EQ(Walk(table, "nnppppnnnp"), "021...02.3");
 }
 
 // Each table beside the map it must equal; they copy each other at random.
-template <class Table, class Iterator, class Key>
-void RunModel(unsigned seed) {
-    Random random(seed);
-    std::unique_ptr<Table> tables[] = {std::make_unique<Table>(),
-                                       std::make_unique<Table>(12u, 10u, 1u),
-                                       std::make_unique<Table>(16u, 8u, 0u)};
-    std::map<Key, int> models[3];
+TYPED_TEST(Tables, EqualTheirModelsUnderRandomEdits) {
+    Random random(3);
+    const auto made = [](auto... bits) { return std::make_unique<TypeParam>(bits...); };
+    using Model = std::map<Key<TypeParam>, int>;
+    std::unique_ptr<TypeParam> tables[] = {made(), made(12u, 10u, 1u), made(16u, 8u, 0u)};
+    Model models[3];
     for (int step = 0; step < 6000; ++step) {
         const unsigned at = random.Below(3);
-        std::map<Key, int>& model = models[at];
-        if (random.OneIn(100)) {
-            const unsigned from = random.Below(3);
-            tables[at].reset(tables[from]->Copy());
-            models[at] = models[from];
-        }
-        Table& table = *tables[at];
-        const Key key = static_cast<Key>(random.Clustered());
-        if (random.OneIn(500)) {
-            table.Clear();
-            model.clear();
-        } else if (random.Below(3)) {
+        const unsigned from = random.Below(3);
+        Model& model = models[at];
+        if (random.OneIn(100)) tables[at].reset(tables[from]->Copy()), model = models[from];
+        TypeParam& table = *tables[at];
+        if (random.OneIn(500)) table.Clear(), model.clear();
+        const Key<TypeParam> key = static_cast<Key<TypeParam>>(random.Clustered());
+        int value = 77;
+        ASSERT_EQ(table.ConstGetValue(key, value), model.count(key) != 0);
+        ASSERT_EQ(value, model.count(key) ? model[key] : 77);
+        if (random.Below(3)) {
             ASSERT_EQ(table.Insert(key, step), model.count(key) == 0);
             model[key] = step;
         } else {
@@ -207,46 +224,39 @@ void RunModel(unsigned seed) {
         }
         ASSERT_EQ(table.IsMember(key), model.count(key) != 0);
         ASSERT_EQ(table.Size(), static_cast<int>(model.size()));
-        if (step % 32 == 0) {
-            const std::vector<std::pair<Key, int>> expected(model.begin(), model.end());
-            ASSERT_EQ((Upwards<Iterator>(table)), expected);
-            ASSERT_EQ((Downwards<Iterator>(table)), expected);
-        }
+        if (step % 32) continue;
+        ASSERT_EQ(Listed(table), Pairs<TypeParam>(model.begin(), model.end()));
+        ASSERT_EQ(table == *tables[from], model == models[from]);
     }
 }
 
-TEST(TableModel, CopiesStayIndependentUnderRandomEdits) {
-    RunModel<Uint, UintIterator, unsigned>(3);
-    RunModel<Int, IntIterator, int>(4);
-}
-
-TEST(TableFailure, InsertCopyAndSortedWalkLeaveTheMembersOrComplete) {
+TYPED_TEST(Tables, WhatRunsOutOfMemoryLeavesTheMembersOrCompletes) {
     const auto prepare = [] {
-        auto table = std::make_unique<Int>();
-        table->Insert(-7, 1);
-        table->Insert(1 << 20, 2);
-        return table;
+        const Pairs<TypeParam> pairs = {{static_cast<Key<TypeParam>>(-7), 1}, {1 << 20, 2}};
+        return std::make_unique<TypeParam>(pairs.begin(), pairs.end());
     };
-    for (const int key : {-7, -8, 3000, INT_MIN, INT_MAX}) {
+    std::vector<std::function<void(TypeParam&)>> uses = {
+        [](TypeParam& table) { delete table.Copy(); },
+        [](TypeParam& table) { Listed(table, AscendingValues<Key<TypeParam>>); },
+        [](TypeParam&) {
+            const Key<TypeParam> keys[] = {5, static_cast<Key<TypeParam>>(-5)};
+            const int values[] = {1, 2};
+            TypeParam(2, keys, values);
+        }};
+    for (const int key : {-7, -8, 3000, INT_MIN, INT_MAX})
+        uses.emplace_back(
+            [=](TypeParam& table) { table.Insert(static_cast<Key<TypeParam>>(key), 5); });
+    const Pairs<TypeParam> before = Listed(*prepare());
+    for (const auto& use : uses) {
+        const auto after = prepare();
+        use(*after);
         ForEveryAllocationFailure(
-            prepare, [=](auto& table) { table->Insert(key, 5); },
-            [=](const auto& table, bool done) {
-                const int value = done ? 5 : 1;
-                EXPECT_EQ(table->IsMember(key), done || key == -7);
-                int found = value;
-                table->ConstGetValue(key, found);
-                EXPECT_EQ(found, value);
-                EXPECT_EQ(Upwards<IntIterator>(*table).size(), static_cast<size_t>(table->Size()));
+            prepare, [&](auto& table) { use(*table); },
+            [&](const auto& table, bool done) {
+                EXPECT_EQ(table->Size(), done ? after->Size() : 2);
+                EXPECT_EQ(Listed(*table), done ? Listed(*after) : before);
             });
     }
-    const auto unchanged = [](const auto& table, bool) { EXPECT_EQ(table->Size(), 2); };
-    ForEveryAllocationFailure(
-        prepare, [](auto& table) { std::unique_ptr<Int> copy(table->Copy()); }, unchanged);
-    ForEveryAllocationFailure(
-        prepare, [](auto& table) { Upwards<IntIterator>(*table, AscendingValues); }, unchanged);
-    const int keys[] = {5, -5};
-    ForEveryAllocationFailure(
-        prepare, [&](auto&) { Int(2, keys, keys); }, unchanged);
 }
 
 }  // namespace
