@@ -1,13 +1,11 @@
-#include <coreutils/KZMBasSystemError.h>
 #include <coreutils/aio_ostream.h>
 #include <coreutils/atr_format.h>
 #include <coreutils/atr_naturalOrder.h>
 #include <gtest/gtest.h>
 
 #include <climits>
-#include <cstring>
-#include <memory>
 #include <sstream>
+#include <string>
 #include <vector>
 
 namespace {
@@ -62,17 +60,6 @@ TEST(OutputStream, WidthHoldsForOneItemAndPadsOnTheLeft) {
     EXPECT_EQ(text, "   abcd -1218446744073709551615\nlong|                   x2.5");
     EXPECT_EQ(os.flush_count(), 2U);
     EXPECT_TRUE(os.good());
-}
-
-TEST(SystemError, CopiesKeepTheSystemsTextOnOneLine) {
-    auto error = std::make_unique<KZMBasSystemError>(2);  // no such file, on every system
-    const KZMBasSystemError copy(*error);
-    error.reset();
-    EXPECT_EQ(copy.Number(), 2);
-    EXPECT_GT(std::strlen(copy.AsString()), 5U);
-    EXPECT_EQ(std::strpbrk(copy.AsString(), "\r\n"), nullptr);
-    EXPECT_NE(std::string(KZMBasSystemError(123456789).AsString()).find("123456789"),
-              std::string::npos);
 }
 
 }  // namespace
