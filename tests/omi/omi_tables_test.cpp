@@ -139,11 +139,6 @@ TEST(UintTable, AValueOfTheTableMayBeInserted) {
     table.Insert(0xffffffffu, table.ConstGet(1));
     table.Insert(1, table.ConstGet(1));
     EXPECT_EQ(table.ConstGet(1).CStr(), table.ConstGet(0xffffffffu).CStr());
-    omi_BlockedArray<cow_String> array(0, 3);
-    array.SetCell(1, text);
-    array.SetCell(1, *array.GetCell(1));
-    array.SetCell(100000, *array.GetCell(1));
-    EXPECT_EQ(array.GetCell(1)->CStr(), array.GetCell(100000)->CStr());
 }
 
 template <class K>
