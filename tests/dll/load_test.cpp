@@ -45,13 +45,11 @@ TEST(Loader, UnloadingStopsOnlyWhatTheLoadStarted) {
 }
 
 TEST(Loader, AProgramThatLinksTheLibraryFindsItStarted) {
-    const struct {
-        const char *value, *program, *output;
-    } cases[] = {{"1", KZM_CHILD_PATH, "0 ignored"},
-                 {"yes", KZM_CHILD_PATH, "yes obeyed"},
-                 {"01", KZM_CHILD_PATH, "01 obeyed"},
-                 {nullptr, KZM_CHILD_PATH, "unset obeyed"},
-                 {"1", KZM_C_CLIENT_PATH, "0 running"}};
+    const char* const cases[][3] = {{"1", KZM_CHILD_PATH, "0 ignored"},
+                                    {"yes", KZM_CHILD_PATH, "yes obeyed"},
+                                    {"01", KZM_CHILD_PATH, "01 obeyed"},
+                                    {nullptr, KZM_CHILD_PATH, "unset obeyed"},
+                                    {"1", KZM_C_CLIENT_PATH, "0 running"}};
     for (const auto& [value, program, output] : cases) {
         module::SetVariable(kName, value);
         FILE* const pipe = module::Start(program);

@@ -62,7 +62,6 @@ TEST_F(FilePath, DriveRelativeNamesFollowTheCurrentDirectoryOfTheirDrive) {
         const auto [directory, absolute] = Fields<2>(row);
         EXPECT_EQ(Path(directory, "x").AbsolutePathName(), absolute) << row;
     }
-    EXPECT_EQ(KZMBasUtlgetcwd(), Fields<1>("?\\")[0]);
 }
 
 // Directory, file, what is kept; then url, remote or both.

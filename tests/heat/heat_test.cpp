@@ -11,7 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
+#include <tuple>
 #include <vector>
 
 #include "solids.h"
@@ -148,15 +148,11 @@ TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
         std::ofstream(File(name)) << text;
         expectRefusal(File(name), message);
     }
-    const struct {
-        long long first;
-        int count;
-        bool isVersion4;
-        const char* message;
-    } labels[] = {{0, 208, false, "labelled 0;"},
-                  {1, 207, false, "two nodes labelled 1"},
-                  {4294967297, 208, true, "labelled 4294967297;"},
-                  {4294967297, 208, false, "labelled 4294967297;"}};
+    const std::tuple<long long, int, bool, const char*> labels[] = {
+        {0, 208, false, "labelled 0;"},
+        {1, 207, false, "two nodes labelled 1"},
+        {4294967297, 208, true, "labelled 4294967297;"},
+        {4294967297, 208, false, "labelled 4294967297;"}};
     for (const auto& [first, count, isVersion4, message] : labels) {
         WriteBoxMesh(File("bad.msh"), isVersion4, [&](int place) { return first + place % count; });
         expectRefusal(File("bad.msh"), message);
