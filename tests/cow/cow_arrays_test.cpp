@@ -48,21 +48,6 @@ TEST(CowHandle, WriteToACopyLeavesTheOriginalAndMakesBothExclusive) {
     EXPECT_EQ(Tracked::s_live, 0);
 }
 
-TEST(CowHandle, SelfAssignmentAndAssignmentFromTheOwnReferentAreSafe) {
-    struct Node {
-        explicit Node(Node* child) : next(child) {}
-        cow_COW<Node, cow_Direct<Node>> next;
-    };
-    const Node leaf(nullptr);
-    cow_COW<Node, cow_Direct<Node>> root(Node(cow_Direct<Node>::Copy(leaf)));
-    root = *&root;
-    for (int level = 0; level < 2; ++level) {
-        ASSERT_TRUE(root.HasValue());
-        root = root.ConstGet().next;
-    }
-    EXPECT_TRUE(root.IsNull());
-}
-
 using Numbers = cow_FixedArray<double>;
 
 TEST(FixedArray, WritesDetachOnceAndOnlyTheWriter) {
