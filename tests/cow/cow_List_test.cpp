@@ -162,17 +162,6 @@ TEST(List, IteratorsWorkWithTheStandardAlgorithmsWithoutCopying) {
     }
 }
 
-TEST(List, IterWalksTheListAsItWas) {
-    List list = Counting(40).Prepend(-1);
-    cow_ListIter<int> it(list);
-    for (; it.NotDone(); it.Next()) {
-        EXPECT_EQ(it.CurrentItem(), it.ArrayIndex() - 1);
-        list.Append(7).Get(it.ArrayIndex()) = 5;
-    }
-    it.First();
-    EXPECT_EQ(it.CurrentItem(), -1);
-}
-
 TEST(ListDeathTest, IndexOutsideTheListAborts) {
     List list(1, 2, 3), empty;
     for (const int i : {-1, 3, INT_MIN}) EXPECT_ABORT(list.ConstGet(i));

@@ -23,6 +23,9 @@ TEST(DocsExamples, DoWhatThePagesSay) {
     EXPECT_EQ(sum, 500500);
     EXPECT_EQ(changed, cow_List<int>(0, 4711));
     EXPECT_EQ(nodes.ConstGet(42), 1000);
+    cow_ListIter<int> it(before);
+    it.Next(), it.First();
+    EXPECT_EQ(it.CurrentItem(), 1);
 }
 
 }  // namespace
