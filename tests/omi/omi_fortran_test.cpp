@@ -62,13 +62,12 @@ TEST(Fortran, FileNamesAreCutToTheCallersBufferAndEnblankFillsIt) {
 }
 
 TEST(Fortran, ListsOfNothingAreEmptyNotNull) {
+    omi_fortranStringListFree(3, nullptr);
     for (const auto& [n, length] : {std::pair{0, 4}, {-1, 4}, {2, 0}, {2, -7}, {2, 4}}) {
         char** const list = omi_fortranStringListConvert(n, nullptr, length);
-        ASSERT_NE(list, nullptr);
-        for (int i = 0; i < n; ++i) EXPECT_STREQ(list[i], "");
+        EXPECT_TRUE(list && (n < 1 || list[0] + string(list[1]) == ""));
         omi_fortranStringListFree(n, list);
     }
-    omi_fortranStringListFree(3, nullptr);
 }
 
 // The elements made before the failure are lost, by contract; the list itself is not.

@@ -220,9 +220,7 @@ TEST(BitVector, EqualityComparesShapeAndCompareCountsThenBlocksThenWords) {
 }
 
 TEST(BitVectorTraversal, StandsNowhereBeforeTheFirstMoveAndAfterTheLast) {
-    Bits edges = {0, 8191, 8192, 20000, 0xffffffffu};
-    edges.UnsetBit(20000);
-    EXPECT_EQ(Listed(edges), (Numbers{0, 8191, 8192, -1}));
+    EXPECT_EQ(Listed(Bits{0, 0xffffffffu}), (Numbers{0, -1}));
     const Bits seven = {7};
     omi_BlkBitVectTrav trav(&seven);
     unsigned i = 77;
