@@ -15,7 +15,8 @@ function(kzm_compile_defaults target)
     target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse -mstackrealign)
   endif()
   if(KZM_SANITIZE)
-    target_compile_options(${target} PRIVATE
+    # Instrumented code makes this warning see paths that do not exist.
+    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized
       -fsanitize=${KZM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(${target} PRIVATE -fsanitize=${KZM_SANITIZE})
   endif()
