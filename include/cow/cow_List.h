@@ -58,8 +58,8 @@ class cow_ListBlock {
 // inside is O(elements behind). Lists start with blocks of 16 elements; pre-sized for n >= 256, a
 // block has between n/16 and n/8.
 //
-// References and begin()/end() iterators stay valid while the list grows and end with the next
-// write to their element's block by a sharing list, with removal and with the list. A reference
+// References stay valid while the list grows; they end with the next write to their element's block
+// by a sharing list, with removal and with the list. begin()/end() end with any write. A reference
 // from Get() must not be written through after the list has been copied: the copy would change too.
 //
 // Arguments may be elements or storage of the list itself. A bad index ends the process (abort). On

@@ -15,8 +15,8 @@ enum omi_AlertEnm : int {
     omi_AlertUser2 = 5,      // 12
 };
 
-// Sends alerts to the listener thread that ran when the trigger was made. A small value that may be
-// copied to any thread; a trigger from before a re-arming reaches nobody.
+// Sends alerts to the listener thread that ran when the trigger was made. A small value for any
+// thread; not after the listener is disarmed, since the system may give the number to another one.
 class KZM_API omi_AlertTrigger {
 public:
     explicit omi_AlertTrigger(std::uint32_t threadId);             // 0: reaches nobody

@@ -78,7 +78,8 @@ constexpr Families kWorks{
         copy.Append(v).Prepend(v).InsertIndex(1, v).Concatenate(list);
         copy.RemoveIndex(0).RemoveLast().RemoveMember(v).Get(0) = v;
         int n = 0;
-        cow_List<T>::ReleaseCArray(copy.GetCArray(n), n);
+        T* const elements = copy.GetCArray(n);
+        cow_List<T>::ReleaseCArray(elements, n);
         return n == 4 && list.IsMember(copy.Pop()) && copy.Slice(0, 2).IsEqual(list) &&
                copy.Difference(list).Length() == 0 && copy.Sort().Length() == 3 &&
                copy.Fill(20, v).Resize(2).IsEqual(list);
