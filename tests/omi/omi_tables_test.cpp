@@ -48,6 +48,30 @@ TEST(BlockedArray, AssignmentKeepsBlocksOfEqualShapeAndTakesAnotherShape) {
     EXPECT_EQ(a.Footprint(), sizeof a + 128 * sizeof(void*) + 16 * sizeof(int));
 }
 
+TEST(BlockedArray, CopiesStayIndependentUnderRandomEdits) {
+    Random random(1);
+    using Array = omi_BlockedArray<cow_String>;
+    Array arrays[] = {Array(0, 10), Array(4, 10), Array(4, 12)};
+    std::map<unsigned, int> models[3];
+    for (int step = 0; step < 8000; ++step) {
+        const unsigned at = random.Below(3), from = random.Below(3);
+        if (random.OneIn(64)) {
+            arrays[at] = random.OneIn(2) ? arrays[from] : Array(arrays[from]);
+            models[at] = models[from];
+        }
+        const unsigned index = random.Clustered() % (1u << 24);
+        arrays[at].SetCell(index, step);
+        models[at][index] = step;
+        for (const unsigned probe : {index, random.Clustered() % (1u << 24)}) {
+            const auto found = models[from].find(probe);
+            const cow_String* const cell = arrays[from].GetCell(probe);
+            const cow_String expected =
+                found == models[from].end() ? cow_String() : cow_String(found->second);
+            ASSERT_EQ(cell ? *cell : cow_String(), expected);
+        }
+    }
+}
+
 TEST(BlockedArray, DumpShowsBytesWidenedWithTheirSign) {
     Cells array(2, 2), eight(4, 3);
     array.SetCell(5, -1);

@@ -106,6 +106,15 @@ TEST_F(SingletonRegistry, FinalizersMayTagAndDestroyAndRunOnce) {
     }
 }
 
+TEST_F(SingletonRegistry, AnIdAndItsNegativeAreDifferent) {
+    Tag<-3, INT_MIN, 0>();
+    std::string ran;
+    for (const int id : {3, -3, -3, INT_MAX, INT_MIN, INT_MIN, 0}) {
+        ran += std::to_string(Registry().Destroy(id));
+    }
+    EXPECT_EQ(ran, "0100101");
+}
+
 TEST_F(SingletonRegistry, LeftoversEndInAscendingOrderAndAreReportedOnRequest) {
     const auto run = [](const char* variable) {
         platform::SetEnvironment("KZM_PRINT_FINALIZED_LEFTOVER_SINGLETON", variable);
