@@ -116,10 +116,11 @@ function(kzm_register_test name)
   endif()
 endfunction()
 
-# kzm_bench(name files...): a Google Benchmark program, linked with the shared library as users do.
+# kzm_bench(name files...): a Google Benchmark program, linked with the shared library as users do,
+# and with every peer that was found.
 function(kzm_bench name)
   list(TRANSFORM ARGN PREPEND "${CMAKE_CURRENT_SOURCE_DIR}/")
   add_executable(${name} ${ARGN})
   kzm_compile_defaults(${name})
-  target_link_libraries(${name} PRIVATE KZMBas::Shared benchmark::benchmark_main)
+  target_link_libraries(${name} PRIVATE KZMBas::Shared kzm_bench_peers benchmark::benchmark_main)
 endfunction()
