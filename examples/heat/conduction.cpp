@@ -1,8 +1,5 @@
 #include "conduction.h"
 
-#include <omi/omi_BlkBitVectTrav.h>
-#include <omi/omi_IntTableIterator.h>
-
 #include <algorithm>
 
 namespace heat {
@@ -12,54 +9,45 @@ constexpr double kMetresPerUnit = 1e-3;
 
 std::size_t At(int i) { return static_cast<std::size_t>(i); }
 
-// The rows of the nodes of a set, in ascending order of their labels.
-std::vector<int> RowsOf(const NodeSet& set, const RowTable& rows) {
-    std::vector<int> found;
-    omi_BlkBitVectTrav traversal(&set);
-    unsigned label = 0;
-    for (bool more = traversal.First(label); more; more = traversal.Next(label)) {
-        int row = 0;
-        rows.ConstGetValue(static_cast<int>(label), row);
-        found.push_back(row);
-    }
-    return found;
-}
-
 }  // namespace
 
-Conduction::Conduction(const Mesh& mesh, double conductivity)
+Conduction::Conduction(const Mesh& mesh, const Adjacency& elementsAt, double conductivity)
     : m_mesh(mesh),
+      m_elementsAt(elementsAt),
       m_factor(conductivity * kMetresPerUnit),
-      m_first(mesh.points.size() + 1),
-      m_elements(4 * mesh.elements.size()),
-      m_position(mesh.points.size(), -1) {
-    for (const auto& corners : mesh.elements) {
-        for (const int corner : corners) ++m_first[At(corner) + 1];
-    }
-    for (std::size_t i = 1; i < m_first.size(); ++i) m_first[i] += m_first[i - 1];
-    std::vector<int> next(m_first.begin(), m_first.end() - 1);
-    for (std::size_t element = 0; element < mesh.elements.size(); ++element) {
-        for (const int corner : mesh.elements[element]) {
-            m_elements[At(next[At(corner)]++)] = static_cast<int>(element);
+      m_position(mesh.Nodes(), -1) {}
+
+const std::vector<int>& Conduction::Columns(int row) {
+    m_columns.clear();
+    const auto* link = m_elementsAt.GetFirst(m_mesh.labels[At(row)]);
+    for (; link != nullptr; link = link->next) {
+        for (const int corner : m_mesh.elements[At(link->value)]) {
+            if (m_position[At(corner)] >= 0) continue;
+            m_position[At(corner)] = 0;
+            m_columns.push_back(corner);
         }
     }
+    for (const int column : m_columns) m_position[At(column)] = -1;
+    return m_columns;
 }
 
 const std::vector<std::pair<int, double>>& Conduction::Row(int row) {
     constexpr std::size_t kOpposite[4][3] = {{1, 2, 3}, {0, 3, 2}, {0, 1, 3}, {0, 2, 1}};
     m_row.clear();
-    for (int k = m_first[At(row)]; k < m_first[At(row) + 1]; ++k) {
-        const std::array<int, 4>& corners = m_mesh.elements[At(m_elements[At(k)])];
+    const auto* link = m_elementsAt.GetFirst(m_mesh.labels[At(row)]);
+    for (; link != nullptr; link = link->next) {
+        const std::array<int, 4>& corners = m_mesh.elements[At(link->value)];
+        Point points[4];
+        for (std::size_t i = 0; i < 4; ++i) points[i] = m_mesh.PointAt(At(corners[i]));
         Point normals[4];  // twice the area of the face opposite to each corner
         std::size_t own = 0;
         for (std::size_t i = 0; i < 4; ++i) {
-            const Point& origin = m_mesh.points[At(corners[kOpposite[i][0]])];
-            normals[i] = Cross(Difference(m_mesh.points[At(corners[kOpposite[i][1]])], origin),
-                               Difference(m_mesh.points[At(corners[kOpposite[i][2]])], origin));
+            const Point& origin = points[kOpposite[i][0]];
+            normals[i] = Cross(Difference(points[kOpposite[i][1]], origin),
+                               Difference(points[kOpposite[i][2]], origin));
             if (corners[i] == row) own = i;
         }
-        const double sixfoldVolume = std::fabs(Dot(
-            normals[0], Difference(m_mesh.points[At(corners[0])], m_mesh.points[At(corners[1])])));
+        const double sixfoldVolume = std::fabs(Dot(normals[0], Difference(points[0], points[1])));
         for (std::size_t i = 0; i < 4; ++i) {
             const double value = m_factor * Dot(normals[own], normals[i]) / (6 * sixfoldVolume);
             int& position = m_position[At(corners[i])];
@@ -76,44 +64,56 @@ const std::vector<std::pair<int, double>>& Conduction::Row(int row) {
     return m_row;
 }
 
-System Assemble(Conduction& conduction, const Mesh& mesh, const Ends& ends, const RowTable& rows,
-                double hot, double cold, TableClock& clock) {
-    System system;
-    const std::size_t count = mesh.points.size();
-    system.unknownOf.assign(count, 0);
-    system.prescribed.assign(count, 0);
-    clock.Time([&] {
-        for (const int row : RowsOf(ends.hot, rows)) {
-            system.unknownOf[At(row)] = -1;
-            system.prescribed[At(row)] = hot;
-        }
-        for (const int row : RowsOf(ends.cold, rows)) {
-            system.unknownOf[At(row)] = -1;
-            system.prescribed[At(row)] = cold;
+System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& held,
+                Tables& tables, WorkArrays& arrays) {
+    std::vector<int> unknownOf(mesh.Nodes());
+    std::vector<double> prescribed(mesh.Nodes());
+    tables.clock.Time([&] {
+        for (const auto& [label, temperature] : held) {
+            const int row = tables.rows.ConstGet(label);
+            unknownOf[At(row)] = -1;
+            prescribed[At(row)] = temperature;
         }
     });
-    int unknowns = 0;
-    for (int& unknown : system.unknownOf) {
-        if (unknown == 0) unknown = unknowns++;
+    std::vector<int> rowOf;  // of each unknown
+    for (std::size_t row = 0; row < unknownOf.size(); ++row) {
+        if (unknownOf[row] < 0) continue;
+        unknownOf[row] = static_cast<int>(rowOf.size());
+        rowOf.push_back(static_cast<int>(row));
     }
-    system.matrix.resize(unknowns, unknowns);
-    system.matrix.reserve(16 * static_cast<Eigen::Index>(unknowns));
-    system.load = Eigen::VectorXd::Zero(unknowns);
-    for (std::size_t row = 0; row < count; ++row) {
-        const int unknown = system.unknownOf[row];
-        if (unknown < 0) continue;
-        system.matrix.startVec(unknown);
-        for (const auto& [column, value] : conduction.Row(static_cast<int>(row))) {
-            const int other = system.unknownOf[At(column)];
+    const auto unknowns = static_cast<Eigen::Index>(rowOf.size());
+
+    // The size of the matrix must be known before its arrays are made.
+    int* const starts = arrays.New<int>("matrix row starts", rowOf.size() + 1);
+    std::size_t values = 0;
+    for (std::size_t i = 0; i < rowOf.size(); ++i) {
+        for (const int column : conduction.Columns(rowOf[i])) {
+            if (unknownOf[At(column)] >= 0) ++values;
+        }
+        starts[i + 1] = static_cast<int>(values);
+    }
+    int* const columns = arrays.New<int>("matrix columns", values);
+    double* const value = arrays.New<double>("matrix values", values);
+    WorkArrays::Vector load = arrays.NewVector("right-hand side", unknowns);
+    int next = 0;
+    for (Eigen::Index i = 0; i < unknowns; ++i) {
+        for (const auto& [column, coefficient] :
+             conduction.Row(rowOf[static_cast<std::size_t>(i)])) {
+            const int other = unknownOf[At(column)];
             if (other >= 0) {
-                system.matrix.insertBack(unknown, other) = value;
+                columns[next] = other;
+                value[next++] = coefficient;
             } else {
-                system.load[unknown] -= value * system.prescribed[At(column)];
+                load[i] -= coefficient * prescribed[At(column)];
             }
         }
     }
-    system.matrix.finalize();
-    return system;
+    const System::Matrix matrix(unknowns, unknowns, next, starts, columns, value);
+    WorkArrays::Vector guess = arrays.NewVector("solution", unknowns);
+    const auto [lowest, highest] = std::minmax_element(
+        held.begin(), held.end(), [](const auto& a, const auto& b) { return a.value < b.value; });
+    guess.setConstant((lowest->value + highest->value) / 2);
+    return {std::move(unknownOf), std::move(prescribed), matrix, load, guess};
 }
 
 }  // namespace heat

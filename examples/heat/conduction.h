@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ends.h"
+#include "work_arrays.h"
 
 namespace heat {
 
@@ -11,29 +12,36 @@ namespace heat {
 // is the heat, in watts, that must be fed in at node i.
 class Conduction {
 public:
-    Conduction(const Mesh& mesh, double conductivity);  // the mesh must outlive it
+    // Mesh and adjacency must outlive it.
+    Conduction(const Mesh& mesh, const Adjacency& elementsAt, double conductivity);
+
+    // The columns in which the row may have values, in no order; valid until the next call.
+    const std::vector<int>& Columns(int row);
 
     // The row's columns in ascending order with their values; valid until the next call.
     const std::vector<std::pair<int, double>>& Row(int row);
 
 private:
     const Mesh& m_mesh;
+    const Adjacency& m_elementsAt;
     double m_factor;
-    std::vector<int> m_first;  // of the elements at each node, into m_elements
-    std::vector<int> m_elements;
     std::vector<int> m_position;  // of a column in m_row, -1 where it has none
+    std::vector<int> m_columns;
     std::vector<std::pair<int, double>> m_row;
 };
 
-// The equations of the nodes whose temperature is not given.
+// The equations of the nodes whose temperature is not given. Matrix and vectors are work arrays.
 struct System {
-    Eigen::SparseMatrix<double, Eigen::RowMajor> matrix;
-    Eigen::VectorXd load;
+    using Matrix = Eigen::Map<const Eigen::SparseMatrix<double, Eigen::RowMajor>>;
+
     std::vector<int> unknownOf;      // by row; -1 where the temperature is given
     std::vector<double> prescribed;  // by row; unset where it is not given
+    Matrix matrix;
+    WorkArrays::Vector load;
+    WorkArrays::Vector unknowns;  // a first guess: all halfway between the given temperatures
 };
 
-System Assemble(Conduction& conduction, const Mesh& mesh, const Ends& ends, const RowTable& rows,
-                double hot, double cold, TableClock& clock);
+System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& held,
+                Tables& tables, WorkArrays& arrays);
 
 }  // namespace heat

@@ -1,5 +1,7 @@
 #include "ends.h"
 
+#include <omi/omi_SparseSet.h>
+
 #include <algorithm>
 #include <numeric>
 
@@ -39,7 +41,7 @@ std::vector<int> LabelsOfSurface(const Mesh& mesh, int axis, double low, double 
     for (const std::array<int, 3>& triangle : mesh.surface) {
         for (const int row : triangle) {
             const auto i = static_cast<std::size_t>(row);
-            const double at = mesh.points[i][static_cast<std::size_t>(axis)];
+            const double at = mesh.PointAt(i)[static_cast<std::size_t>(axis)];
             if (at >= low && at <= high) labels.push_back(mesh.labels[i]);
         }
     }
@@ -50,14 +52,14 @@ std::vector<int> LabelsOfSurface(const Mesh& mesh, int axis, double low, double 
 // without a piece that both touch no heat flows.
 class Pieces {
 public:
-    explicit Pieces(const Mesh& mesh) : m_parent(mesh.points.size()) {
+    explicit Pieces(const Mesh& mesh) : m_parent(mesh.Nodes()) {
         std::iota(m_parent.begin(), m_parent.end(), 0);
         for (const std::array<int, 4>& corners : mesh.elements) {
             for (const int corner : corners) {
                 m_parent[static_cast<std::size_t>(Root(corner))] = Root(corners[0]);
             }
         }
-        m_touched.resize(mesh.points.size());
+        m_touched.resize(mesh.Nodes());
     }
 
     void Touch(int row, unsigned char end) {
@@ -90,18 +92,29 @@ private:
     std::vector<unsigned char> m_touched;
 };
 
+// Those of the labels that tetrahedra use. Labels come repeatedly: neighbouring triangles and faces
+// share nodes.
+omi_SparseSet NodesInUse(const std::vector<int>& labels, unsigned char end, Pieces& pieces,
+                         Tables& tables) {
+    omi_SparseSet nodes;
+    std::vector<int> rows(labels.size(), -1);
+    tables.clock.Time([&] {
+        for (std::size_t i = 0; i < labels.size(); ++i) {
+            if (tables.rows.ConstGetValue(labels[i], rows[i])) nodes.Insert(labels[i]);
+        }
+        nodes.MakeUnique();
+    });
+    for (const int row : rows) {
+        if (row >= 0) pieces.Touch(row, end);
+    }
+    return nodes;
+}
+
 }  // namespace
 
-Ends FindEnds(const Part& part, const Mesh& mesh, const RowTable& rows, TableClock& clock) {
+Ends FindEnds(const Part& part, const Mesh& mesh, Tables& tables) {
     Ends ends;
-    Point low = mesh.points[0];
-    Point high = low;
-    for (const Point& point : mesh.points) {
-        for (std::size_t k = 0; k < 3; ++k) {
-            low[k] = std::min(low[k], point[k]);
-            high[k] = std::max(high[k], point[k]);
-        }
-    }
+    const auto [low, high] = ExtentOf(mesh);
     const Point lengths = Difference(high, low);
     const auto axis = static_cast<std::size_t>(std::max_element(lengths.begin(), lengths.end()) -
                                                lengths.begin());
@@ -118,38 +131,34 @@ Ends FindEnds(const Part& part, const Mesh& mesh, const RowTable& rows, TableClo
         hot = LabelsOfSurface(mesh, ends.axis, low[axis], low[axis] + depth);
         cold = LabelsOfSurface(mesh, ends.axis, high[axis] - depth, high[axis]);
     }
-    std::vector<int> hotRows(hot.size(), -1);
-    std::vector<int> coldRows(cold.size(), -1);
-    bool overlap = false;
-    clock.Time([&] {
-        for (std::size_t i = 0; i < hot.size(); ++i) {
-            if (rows.ConstGetValue(hot[i], hotRows[i])) {
-                ends.hot.SetBit(static_cast<unsigned>(hot[i]));
-            }
-        }
-        for (std::size_t i = 0; i < cold.size(); ++i) {
-            if (rows.ConstGetValue(cold[i], coldRows[i])) {
-                ends.cold.SetBit(static_cast<unsigned>(cold[i]));
-            }
-        }
-        overlap = ends.hot.HasOverlap(ends.cold);
-    });
+    Pieces pieces(mesh);
+    const omi_SparseSet hotNodes = NodesInUse(hot, 1, pieces, tables);
+    const omi_SparseSet coldNodes = NodesInUse(cold, 2, pieces, tables);
     const char* const axisNames[] = {"x", "y", "z"};
-    if (ends.hot.Size() == 0 || ends.cold.Size() == 0) {
+    if (hotNodes.IsEmpty() || coldNodes.IsEmpty()) {
         throw HeatError(Text("no face of '", part.name, "' forms an end along its longest axis, ",
                              axisNames[axis]));
     }
-    if (overlap) throw HeatError(Text("the hot and the cold end of '", part.name, "' meet"));
-
-    Pieces pieces(mesh);
-    for (const int row : hotRows) {
-        if (row >= 0) pieces.Touch(row, 1);
-    }
-    for (const int row : coldRows) {
-        if (row >= 0) pieces.Touch(row, 2);
+    omi_SparseSet shared(hotNodes);
+    shared &= coldNodes;
+    if (!shared.IsEmpty()) {
+        throw HeatError(Text("the hot and the cold end of '", part.name, "' meet"));
     }
     pieces.Check(part.name);
+    tables.clock.Time([&] {
+        ends.sets.Insert(kHotEnd, cow_List<int>(hotNodes.begin(), hotNodes.end()));
+        ends.sets.Insert(kColdEnd, cow_List<int>(coldNodes.begin(), coldNodes.end()));
+    });
     return ends;
+}
+
+BoundaryValues ValuesAt(const Ends& ends, double hot, double cold, TableClock& clock) {
+    BoundaryValues values;
+    clock.Time([&] {
+        for (const int label : ends.sets.ConstGet(kHotEnd)) values.InsertUnlessMember(label, hot);
+        for (const int label : ends.sets.ConstGet(kColdEnd)) values.InsertUnlessMember(label, cold);
+    });
+    return values;
 }
 
 }  // namespace heat

@@ -1,12 +1,14 @@
 #include "msh_labels.h"
 
+#include <errors/KZMBasUtlReadError.h>
+
 #include <climits>
 #include <cstdint>
 #include <fstream>
 #include <limits>
 #include <string>
 
-#include "heat_error.h"
+#include "files.h"
 #include "tables.h"
 
 namespace heat {
@@ -65,6 +67,11 @@ private:
     }
 
     void CheckLabel(std::int64_t label) {
+        if (m_file.bad()) {
+            OnFile("cannot read", m_path, [] {
+                KZMBasUtlReadError(KZMBasSystemError::Last()).Throw("msh_labels.cpp", __LINE__);
+            });
+        }
         if (!m_file) Fail("ends in the middle of its nodes");
         if (label < 1 || label > INT_MAX) {
             throw HeatError(Text("'", m_path, "' has a node labelled ", Digits(label),
@@ -116,7 +123,7 @@ private:
 
     cow_String m_path;
     std::ifstream m_file;
-    NodeSet m_seen;
+    LabelBits m_seen;
     bool m_isBinary = false;
     bool m_isOld = false;
 };

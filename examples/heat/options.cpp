@@ -10,6 +10,7 @@ namespace heat {
 
 const char kUsage[] =
     "usage: heat PART [--size H] [--hot T1] [--cold T2] [--conductivity K] [--out DIR]\n"
+    "            [--report] [--save-environment FILE]\n"
     "\n"
     "Steady temperature in a solid part whose two ends along its longest axis are held at T1\n"
     "and T2. Writes temperature.vtu and temperature.png.\n"
@@ -20,7 +21,13 @@ const char kUsage[] =
     "  --hot T1            temperature of the end with the lowest coordinate, Celsius [100]\n"
     "  --cold T2           temperature of the other end, Celsius, below T1 [20]\n"
     "  --conductivity K    of the material, W/(m K) [50]\n"
-    "  --out DIR           folder of the results, made where missing [.]\n";
+    "  --out DIR           folder of the results, made where missing [.]\n"
+    "  --report            lists node sets, work arrays and memory resources as well\n"
+    "  --save-environment FILE\n"
+    "                      appends the environment of this process to FILE\n"
+    "\n"
+    "Ctrl-C or SIGTERM stops the iteration: the best solution so far is written, marked as not\n"
+    "converged. SIGUSR1 prints how far the job is.\n";
 
 namespace {
 
@@ -57,9 +64,14 @@ Options ParseOptions(int argc, char** argv) {
             options.part = word;
             continue;
         }
+        if (word.Compare("--report") == 0) {
+            options.report = true;
+            continue;
+        }
         const bool known = word.Compare("--size") == 0 || word.Compare("--hot") == 0 ||
                            word.Compare("--cold") == 0 || word.Compare("--out") == 0 ||
-                           word.Compare("--conductivity") == 0;
+                           word.Compare("--conductivity") == 0 ||
+                           word.Compare("--save-environment") == 0;
         if (!known) throw HeatError(Text("unknown option '", word, "'; see heat --help"));
         if (i + 1 == argc) throw HeatError(Text(argv[i], " needs a value"));
         const char* value = argv[++i];
@@ -67,6 +79,7 @@ Options ParseOptions(int argc, char** argv) {
         if (word.Compare("--hot") == 0) options.hot = Number("--hot", value);
         if (word.Compare("--cold") == 0) options.cold = Number("--cold", value);
         if (word.Compare("--out") == 0) options.outDir = value;
+        if (word.Compare("--save-environment") == 0) options.environmentFile = value;
         if (word.Compare("--conductivity") == 0) {
             options.conductivity = PositiveNumber("--conductivity", value);
         }

@@ -1,76 +1,94 @@
 #include "output_folder.h"
 
+#include <errors/KZMBasUtlSystemError.h>
+#include <files/KZMBasUtlDirPathUtils.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <cerrno>
 #include <filesystem>
-#include <fstream>
 
-#include "heat_error.h"
+#include "files.h"
 
 namespace heat {
 namespace fs = std::filesystem;
 
-OutputFolder::OutputFolder(const cow_String& folder) : m_folder(folder.CStr()) {
-    std::error_code error;
-    for (fs::path each = fs::path(m_folder).lexically_normal();
-         !each.empty() && !fs::exists(each, error); each = each.parent_path()) {
-        if (each.has_filename()) m_madeFolders.insert(m_madeFolders.begin(), each.string());
-        if (each == each.parent_path()) break;
-    }
-    fs::create_directories(m_folder, error);
-    try {
-        Add("heat-probe", "");
-    } catch (const HeatError&) {
-        for (auto each = m_madeFolders.rbegin(); each != m_madeFolders.rend(); ++each) {
-            fs::remove(*each, error);
+OutputFolder::OutputFolder(const cow_String& folder) : m_folder(folder) {
+    OnFile("cannot write into the folder", folder, [&] {
+        try {
+            MakeFolders();
+            const cow_String probe = Path(Text(".heat.", getpid()).CStr());
+            m_files.push_back({probe, probe});
+            WriteFile(probe, "");
+            RemoveEverything();
+        } catch (...) {
+            RemoveEverything();
+            throw;
         }
-        throw HeatError(Text("cannot write into the folder '", folder, "'"));
-    }
-    fs::remove(m_files.back().temporary, error);
-    m_files.clear();
+    });
 }
 
-OutputFolder::~OutputFolder() {
-    if (m_isCommitted) return;
-    std::error_code error;
-    for (const File& file : m_files) fs::remove(file.temporary, error);
-    for (auto each = m_madeFolders.rbegin(); each != m_madeFolders.rend(); ++each) {
-        fs::remove(*each, error);
-    }
-}
+OutputFolder::~OutputFolder() { RemoveEverything(); }
 
 void OutputFolder::Add(const char* fileName, const std::string& contents) {
-    const fs::path folder(m_folder);
-    std::string hidden(".");
-    hidden.append(fileName).append(".").append(std::to_string(getpid()));
-    const std::string temporary = (folder / hidden).string();
-    m_files.push_back({temporary, (folder / fileName).string()});
-    std::ofstream file(temporary, std::ios::binary | std::ios::trunc);
-    file.write(contents.data(), static_cast<std::streamsize>(contents.size()));
-    file.close();
-    if (!file) throw HeatError(Text("cannot write '", Path(fileName), "'"));
+    OnFile("cannot write", Path(fileName), [&] {
+        MakeFolders();
+        const cow_String hidden = Text(".", fileName, ".", getpid());
+        m_files.push_back({Path(hidden.CStr()), Path(fileName)});
+        WriteFile(m_files.back().temporary, contents);
+    });
 }
 
 void OutputFolder::Commit() {
-    std::error_code error;
     for (const File& file : m_files) {
-        if (fs::is_directory(file.final, error)) {
-            throw HeatError(Text("'", file.final.c_str(), "' is a folder"));
-        }
+        OnFile("cannot write", file.final, [&] {
+            std::error_code error;
+            if (fs::is_directory(file.final.CStr(), error)) {
+                KZMBasUtlSystemError("rename", KZMBasSystemError(EISDIR))
+                    .Throw("output_folder.cpp", __LINE__);
+            }
+        });
     }
     for (std::size_t i = 0; i < m_files.size(); ++i) {
-        fs::rename(m_files[i].temporary, m_files[i].final, error);
-        if (!error) continue;
-        const cow_String failed(m_files[i].final.c_str());
-        while (i-- > 0) fs::remove(m_files[i].final, error);
-        throw HeatError(Text("cannot write '", failed, "'"));
+        OnFile("cannot write", m_files[i].final, [&] {
+            try {
+                RenameFile(m_files[i].temporary, m_files[i].final);
+            } catch (const KZMBasException&) {
+                while (i-- > 0) unlink(m_files[i].final.CStr());
+                throw;
+            }
+        });
     }
-    m_isCommitted = true;
+    m_files.clear();
+    m_madeFolders.clear();
 }
 
 cow_String OutputFolder::Path(const char* fileName) const {
-    return (fs::path(m_folder) / fileName).c_str();
+    return KZMBasUtlDirPathUtils::NativeName(
+        KZMBasUtlFilePath(m_folder, fileName).AbsolutePathName());
+}
+
+void OutputFolder::MakeFolders() {
+    std::error_code error;
+    std::vector<std::string> missing;  // innermost first
+    for (fs::path each = fs::path(Path("x").CStr()).parent_path();
+         each.has_relative_path() && !fs::exists(each, error); each = each.parent_path()) {
+        missing.push_back(each.string());
+    }
+    for (auto folder = missing.rbegin(); folder != missing.rend(); ++folder) {
+        if (fs::exists(*folder, error)) continue;  // a "." or ".." whose folder was made just now
+        MakeFolder(folder->c_str());
+        m_madeFolders.push_back(*folder);
+    }
+}
+
+void OutputFolder::RemoveEverything() {
+    std::error_code error;
+    for (const File& file : m_files) fs::remove(file.temporary.CStr(), error);
+    for (auto each = m_madeFolders.rbegin(); each != m_madeFolders.rend(); ++each) {
+        fs::remove(*each, error);
+    }
+    m_files.clear();
+    m_madeFolders.clear();
 }
 
 }  // namespace heat

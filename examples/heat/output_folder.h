@@ -1,5 +1,5 @@
 #pragma once
-#include <cow/cow_String.h>
+#include <files/KZMBasUtlFilePath.h>
 
 #include <string>
 #include <vector>
@@ -7,11 +7,12 @@
 namespace heat {
 
 // The folder of the results. They are written under temporary names and appear all at once, by
-// Commit; without it nothing stays behind, neither files nor folders made on the way.
+// Commit; without it nothing stays behind, neither files nor folders made on the way. Until the
+// first Add there is nothing on the disk.
 class OutputFolder {
 public:
-    // Makes the folder where it is missing. Throws HeatError where nothing can be written into it,
-    // so that this shows before the long work.
+    // Throws HeatError where nothing can be written into the folder, or it can not be made, so that
+    // this shows before the long work.
     explicit OutputFolder(const cow_String& folder);
     ~OutputFolder();
     OutputFolder(const OutputFolder&) = delete;
@@ -19,18 +20,20 @@ public:
 
     void Add(const char* fileName, const std::string& contents);
     void Commit();
-    cow_String Path(const char* fileName) const;
+    cow_String Path(const char* fileName) const;  // absolute, as the system knows it
 
 private:
     struct File {
-        std::string temporary;
-        std::string final;
+        cow_String temporary;
+        cow_String final;
     };
 
-    std::string m_folder;
+    void MakeFolders();
+    void RemoveEverything();
+
+    cow_String m_folder;                     // in host form
     std::vector<std::string> m_madeFolders;  // outermost first
     std::vector<File> m_files;
-    bool m_isCommitted = false;
 };
 
 }  // namespace heat

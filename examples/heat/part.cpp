@@ -6,13 +6,13 @@
 #include <climits>
 #include <cmath>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <numbers>
 #include <string>
 #include <string_view>
 #include <utility>
 
+#include "files.h"
 #include "gmsh_session.h"
 #include "heat_error.h"
 #include "msh_labels.h"
@@ -30,14 +30,12 @@ enum class FileKind { kStep, kBrep, kMsh, kStl };
 // get that far.
 FileKind KindOf(const cow_String& path) {
     std::error_code error;
-    if (!std::filesystem::is_regular_file(path.CStr(), error)) {
-        throw HeatError(Text("'", path, "' is missing or not a file"));
+    if (std::filesystem::exists(path.CStr(), error) &&
+        !std::filesystem::is_regular_file(path.CStr(), error)) {
+        throw HeatError(Text("'", path, "' is not a file"));
     }
-    std::ifstream file(path.CStr(), std::ios::binary);
-    char start[1024] = {};
-    if (!file) throw HeatError(Text("'", path, "' cannot be read"));
-    file.read(start, sizeof start);
-    const std::string_view head(start, static_cast<std::size_t>(file.gcount()));
+    const std::string start = OnFile("cannot read", path, [&] { return StartOfFile(path, 1024); });
+    const std::string_view head = start;
     const std::string name = path.CStr();
     const auto endsWith = [&](std::string_view lower, std::string_view upper) {
         return name.ends_with(lower) || name.ends_with(upper);

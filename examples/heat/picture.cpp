@@ -34,13 +34,7 @@ using Context = std::unique_ptr<cairo_t, Free>;
 class View {
 public:
     View(const Mesh& mesh, std::size_t longest) {
-        Point low = mesh.points[0], high = low;
-        for (const Point& point : mesh.points) {
-            for (std::size_t k = 0; k < 3; ++k) {
-                low[k] = std::min(low[k], point[k]);
-                high[k] = std::max(high[k], point[k]);
-            }
-        }
+        const auto [low, high] = ExtentOf(mesh);
         const std::size_t next = (longest + 1) % 3, last = (longest + 2) % 3;
         const bool isNextLonger = high[next] - low[next] >= high[last] - low[last];
         Point right{}, up{};
@@ -65,8 +59,8 @@ private:
 // Turned points, scaled and moved to fill the part's area.
 std::vector<Point> Placed(const Mesh& mesh, const View& view) {
     std::vector<Point> placed;
-    placed.reserve(mesh.points.size());
-    for (const Point& point : mesh.points) placed.push_back(view.Turned(point));
+    placed.reserve(mesh.Nodes());
+    for (std::size_t i = 0; i < mesh.Nodes(); ++i) placed.push_back(view.Turned(mesh.PointAt(i)));
     double low[2] = {placed[0][0], placed[0][1]}, high[2] = {low[0], low[1]};
     for (const Point& point : placed) {
         for (std::size_t k = 0; k < 2; ++k) {
@@ -188,7 +182,7 @@ cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) 
 }  // namespace
 
 std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
-                      const Ends& ends, const cow_String& name) {
+                      const Ends& ends, const cow_String& name, const Solution& solution) {
     const auto [low, high] = std::minmax_element(temperatureOfRow.begin(), temperatureOfRow.end());
     std::vector<double> value;
     for (const double each : temperatureOfRow) value.push_back((each - *low) / (*high - *low));
@@ -212,9 +206,14 @@ std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOf
     cairo_restore(context.get());
 
     Show(context.get(), kPartLeft, 64, 32, name.CStr(), true);
-    char line[120];
-    std::snprintf(line, sizeof line, "Steady heat conduction along %c, %zu nodes, %zu tetrahedra",
-                  "xyz"[ends.axis], mesh.points.size(), mesh.elements.size());
+    char mark[48] = "";
+    if (!solution.isConverged) {
+        std::snprintf(mark, sizeof mark, ", NOT CONVERGED after %d iterations",
+                      solution.iterations);
+    }
+    char line[160];
+    std::snprintf(line, sizeof line, "Steady heat conduction along %c, %zu nodes, %zu tetrahedra%s",
+                  "xyz"[ends.axis], mesh.Nodes(), mesh.elements.size(), mark);
     Show(context.get(), kPartLeft, 98, 22, line);
     DrawLegend(context.get(), *low, *high);
     DrawAxes(context.get(), view);

@@ -1,13 +1,14 @@
 #pragma once
 #include <string>
 
-#include "ends.h"
+#include "solve.h"
 
 namespace heat {
 
 // A PNG file of the part's surface, coloured by temperature, with a legend. The longest axis lies
-// across the picture. Throws HeatError where it cannot be made.
+// across the picture. A solution that did not converge is marked. Throws HeatError where it cannot
+// be made.
 std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
-                      const Ends& ends, const cow_String& name);
+                      const Ends& ends, const cow_String& name, const Solution& solution);
 
 }  // namespace heat

@@ -25,13 +25,16 @@ Progress::~Progress() {
 
 void Progress::Begin(const char* phase) {
     End();
-    m_running = true;
-    m_start = Now();
-    m_phase = phase;
-    m_detail = "";
-    m_fraction = -1;
-    m_quarter = 0;
-    m_stop = false;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_running = true;
+        m_start = Now();
+        m_phase = phase;
+        m_detail = "";
+        m_fraction = -1;
+        m_quarter = 0;
+        m_stop = false;
+    }
     if (m_terminal) {
         m_ticker = std::thread([this] {
             std::unique_lock<std::mutex> lock(m_mutex);
@@ -62,14 +65,25 @@ void Progress::Fraction(double fraction) {
     Print(line);
 }
 
-void Progress::End() {
+void Progress::Tell() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
     if (!m_running) return;
-    m_running = false;
+    char done[16] = "";
+    if (m_fraction >= 0) std::snprintf(done, sizeof done, "%.0f %%, ", 100 * m_fraction);
+    char line[160];
+    std::snprintf(line, sizeof line, "%s%s: %s%s%s%.1f s\n", m_terminal ? "\r\033[K" : "", m_phase,
+                  m_detail, *m_detail ? ", " : "", done, Now() - m_start);
+    Print(line);
+}
+
+void Progress::End() {
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_running) return;
+        m_running = false;
+        m_stop = true;
+    }
     if (m_ticker.joinable()) {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_stop = true;
-        }
         m_wake.notify_one();
         m_ticker.join();
         Print("\r\033[K");

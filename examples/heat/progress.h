@@ -32,6 +32,9 @@ public:
     void Fraction(double fraction);
     void End();
 
+    // Prints how far the job is as a line of its own. For any thread.
+    void Tell();
+
     const std::vector<Phase>& Phases() const { return m_phases; }
 
 private:
@@ -41,12 +44,12 @@ private:
     const int m_descriptor;
     const bool m_terminal;
     std::vector<Phase> m_phases;
-    bool m_running = false;
-    double m_start = 0;
 
-    std::mutex m_mutex;  // guards what the redrawing thread reads
+    std::mutex m_mutex;  // guards what Tell and the redrawing thread read
     std::condition_variable m_wake;
+    bool m_running = false;
     bool m_stop = false;
+    double m_start = 0;
     const char* m_phase = "";
     const char* m_detail = "";
     double m_fraction = -1;

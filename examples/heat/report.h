@@ -14,9 +14,14 @@ struct Figures {
     double highest = 0;
     Solution solution;
     double tableSeconds = 0;
-    std::size_t heapBytes = 0;  // of the tables and node sets, outside the pools
+    double elementsPerNode = 0;
+    std::size_t heapBytes = 0;  // of the tables, outside the pools
+    std::size_t workBytes = 0;  // of the work arrays
 };
 
 void PrintReport(const Figures& figures, const std::vector<Phase>& phases);
+
+// What --report adds: the node sets, the work arrays and the tables of the memory manager.
+void PrintDetails(const NodeSets& sets, const WorkArrays& arrays);
 
 }  // namespace heat

@@ -1,5 +1,8 @@
 #pragma once
+#include <cow/cow_Btree.h>
+#include <cow/cow_Map.h>
 #include <omi/omi_BlkBitVect.h>
+#include <omi/omi_IntMultiMap.h>
 #include <omi/omi_IntTable.h>
 #include <runtime/KZMBasSrmAllocator.h>
 
@@ -14,7 +17,12 @@ inline constexpr int kTemperatureResource = 22;
 using RowTable = omi_IntTable<int, KZMBasSrmAllocator<kRowResource>>;  // node label -> matrix row
 using TemperatureTable =
     omi_IntTable<double, KZMBasSrmAllocator<kTemperatureResource>>;  // node label -> degrees
-using NodeSet = omi_BlkBitVect;                                      // of node labels
+using Adjacency = omi_IntMultiMap<int, KZMBasOmiDefaultAllocator>;   // node label -> elements
+using LabelBits = omi_BlkBitVect;                                    // of node labels
+
+// What is passed on and kept: values, whose copies share everything until one is written.
+using NodeSets = cow_Map<cow_String, cow_List<int>>;  // name -> node labels, ascending
+using BoundaryValues = cow_Btree<int, double>;        // node label -> degrees it is held at
 
 // Adds up the time of passes that consist of table operations only.
 class TableClock {
@@ -30,6 +38,14 @@ public:
 
 private:
     double m_seconds = 0;
+};
+
+// The job's tables, which its steps fill and read one after the other.
+struct Tables {
+    RowTable rows;
+    Adjacency elementsAt;  // of each node in use, ascending
+    TemperatureTable temperatures;
+    TableClock clock;
 };
 
 }  // namespace heat

@@ -50,10 +50,13 @@ protected:
 
     std::string File(const std::string& name) const { return m_folder + "/" + name; }
 
-    // Runs the program with its results in the folder "out"; gives the exit code.
-    int Run(const std::string& arguments) {
-        const std::string command = std::string(HEAT_PROGRAM) + " --out " + File("out") + " " +
-                                    arguments + " >" + File("stdout") + " 2>" + File("stderr");
+    // Runs the program with its results in the folder "out"; gives the exit code. What the shell is
+    // to do before and after the program's start is said in its language.
+    int Run(const std::string& arguments, const std::string& before = "",
+            const std::string& after = "") {
+        const std::string command = before + HEAT_PROGRAM + " --out " + File("out") + " " +
+                                    arguments + " >" + File("stdout") + " 2>" + File("stderr") +
+                                    after;
         const int status = std::system(command.c_str());
         m_output = Contents(File("stdout"));
         m_error = Contents(File("stderr"));
@@ -167,22 +170,54 @@ TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
                                       {"box.msh --size", "needs a value"},
                                       {"box.msh --hot 10 --cold 10", "above --cold"},
                                       {"box.msh --colour red", "unknown option"},
-                                      {"box.msh --out /dev/null/under", "cannot write"},
+                                      {"box.msh --out /dev/null/under", "Not a directory"},
                                       {"box.msh --out /proc/none", "cannot write"},
                                       {"closed.stl --size 1e-4", "too small"},
                                       {"open.stl", "not closed"},
-                                      {"missing.step", "missing"},
+                                      {"missing.step", "No such file or directory"},
+                                      {"box.msh --save-environment /", "Is a directory"},
                                       {"", "not a file"}};
     for (const auto& [arguments, message] : options) expectRefusal(File(arguments), message);
     expectRefusal("", "no part");
     EXPECT_FALSE(fs::exists(File("here")));
 }
 
-// A folder stands where the picture should go: the other result must not appear alone.
+// It is asked for its progress until it tells how far the iteration is, and then stopped.
+TEST_F(HeatTest, SignalsAskForProgressAndStopTheIterationWithItsBestSolution) {
+    WriteBoxMesh(
+        File("bar.msh"), false, [](int place) { return place + 1; }, 3000);
+    const auto sendUntil = [&](const char* signal, const char* printed) {
+        return " until grep -q '" + std::string(printed) + "' " + File("stdout") + "; do kill -" +
+               signal + " $! || exit 1; sleep 0.01; done;";
+    };
+    const std::tuple<std::string, int> stops[] = {{"INT", 130}, {"TERM", 143}};
+    for (const auto& [stop, code] : stops) {
+        SCOPED_TRACE(stop);
+        const std::string after = " &" + sendUntil("0", "^solving$") +
+                                  sendUntil("USR1", "^solving: .* %, .* s$") + " kill -" + stop +
+                                  " $!; wait $!";
+        EXPECT_EQ(Run(File("bar.msh") + " --report", "", after), code);
+        EXPECT_EQ(m_error, "heat: stopped before the solution converged\n");
+        EXPECT_NE(m_output.find("converged                              no\n"), m_output.npos);
+        EXPECT_NE(m_output.find("search direction\n"), m_output.npos);
+        EXPECT_GT(Figure("iterations"), 0);
+        EXPECT_EQ(ArrayOf<int>(m_vtu, "converged"), std::vector<int>{0});
+        EXPECT_EQ(ArrayOf<double>(m_vtu, "temperature").size(), 16u * 3001);
+        const std::string picture = Contents(File("out/temperature.png"));
+        EXPECT_EQ(picture.substr(picture.size() - 8, 4), "IEND");
+        fs::remove_all(File("out"));
+    }
+}
+
+// No room for the results; a folder where the picture should go: none must appear alone.
 TEST_F(HeatTest, ResultsAppearTogetherOrNotAtAll) {
     WriteBoxMesh(File("box.msh"));
+    EXPECT_EQ(Run(File("box.msh"), "ulimit -f 8; "), 1);
+    EXPECT_NE(m_error.find("temperature.vtu': Write Error: File too large"), m_error.npos);
+    EXPECT_FALSE(fs::exists(File("out")));
     fs::create_directories(File("out/temperature.png"));
     EXPECT_EQ(Run(File("box.msh")), 1);
+    EXPECT_NE(m_error.find("Is a directory"), m_error.npos);
     const auto entries = fs::directory_iterator(File("out"));
     EXPECT_EQ(std::distance(fs::begin(entries), fs::end(entries)), 1);
 }

@@ -6,28 +6,31 @@
 #include <fstream>
 
 // Cells of a third of a unit, 12 by 3 by 3, of six tetrahedra each.
-void WriteBoxMesh(const std::string& path, bool isVersion4, const Labels& label) {
+void WriteBoxMesh(const std::string& path, bool isVersion4, const Labels& label, int cells) {
     std::ofstream file(path);
-    const auto position = [](int place) {
-        return std::to_string(place % 13 / 3.0) + " " + std::to_string(place / 13 % 4 / 3.0) + " " +
-               std::to_string(place / 52 / 3.0) + "\n";
+    const int row = cells + 1, nodes = 16 * row, elements = 54 * cells;
+    const auto position = [&](int place) {
+        return std::to_string(place % row / 3.0) + " " + std::to_string(place / row % 4 / 3.0) +
+               " " + std::to_string(place / (4 * row) / 3.0) + "\n";
     };
     if (isVersion4) {
         file << "$MeshFormat\n4.1 0 8\n$EndMeshFormat\n$Entities\n0 0 0 1\n1 0 0 0 4 1 1 0 0\n"
-             << "$EndEntities\n$Nodes\n1 208 " << label(0) << " " << label(207) << "\n3 1 0 208\n";
-        for (int i = 0; i < 208; ++i) file << label(i) << "\n";
-        for (int i = 0; i < 208; ++i) file << position(i);
-        file << "$EndNodes\n$Elements\n1 648 1 648\n3 1 4 648\n";
+             << "$EndEntities\n$Nodes\n1 " << nodes << " " << label(0) << " " << label(nodes - 1)
+             << "\n3 1 0 " << nodes << "\n";
+        for (int i = 0; i < nodes; ++i) file << label(i) << "\n";
+        for (int i = 0; i < nodes; ++i) file << position(i);
+        file << "$EndNodes\n$Elements\n1 " << elements << " 1 " << elements << "\n3 1 4 "
+             << elements << "\n";
     } else {
-        file << "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n208\n";
-        for (int i = 0; i < 208; ++i) file << label(i) << " " << position(i);
-        file << "$EndNodes\n$Elements\n648\n";
+        file << "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n" << nodes << "\n";
+        for (int i = 0; i < nodes; ++i) file << label(i) << " " << position(i);
+        file << "$EndNodes\n$Elements\n" << elements << "\n";
     }
     int element = 0;
-    for (int cell = 0; cell < 108; ++cell) {
-        int steps[] = {1, 13, 52};  // along an edge of the cell in x, y and z
+    for (int cell = 0; cell < 9 * cells; ++cell) {
+        int steps[] = {1, row, 4 * row};  // along an edge of the cell in x, y and z
         do {
-            int corner = cell % 12 + 13 * (cell / 12 % 3) + 52 * (cell / 36);
+            int corner = cell % cells + row * (cell / cells % 3) + 4 * row * (cell / (3 * cells));
             file << ++element << (isVersion4 ? " " : " 4 2 1 1 ") << label(corner);
             for (const int step : steps) file << " " << label(corner += step);
             file << "\n";
