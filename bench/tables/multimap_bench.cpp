@@ -4,13 +4,18 @@
 #include <malloc.h>
 #include <omi/omi_IntMultiMap.h>
 
+#include <algorithm>
+#include <map>
+#include <random>
 #include <unordered_map>
+#include <utility>
 #include <vector>
 
 namespace {
 
 using Map = omi_IntMultiMap<int, KZMBasOmiDefaultAllocator>;
 using HashMap = std::unordered_multimap<int, int>;
+using Tree = std::multimap<int, int>;
 using Vectors = std::vector<std::vector<int>>;
 
 // Element e of a strip of tetrahedra has the nodes e to e + 3; node numbers start at `first`.
@@ -22,6 +27,7 @@ void EachPair(const benchmark::State& state, Put put) {
 }
 
 void Put(Map& map, int node, int element) { map.Insert(node, element); }
+void Put(Tree& map, int node, int element) { map.emplace(node, element); }
 void Put(HashMap& map, int node, int element) { map.emplace(node, element); }
 void Put(Vectors& map, int node, int element) {
     if (map.size() <= static_cast<std::size_t>(node))
@@ -97,6 +103,33 @@ void BM_VisitElementsCompacted(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
 }
 
+// Pairs in no order, as a reader meets them that follows the faces of a mesh.
+template <class Any>
+void BM_BuildInNoOrder(benchmark::State& state) {
+    std::vector<std::pair<int, int>> pairs;
+    EachPair(state, [&](int node, int element) { pairs.emplace_back(node, element); });
+    std::shuffle(pairs.begin(), pairs.end(), std::minstd_rand(1));
+    for (auto _ : state) {
+        Any map;
+        for (const auto& [node, element] : pairs) Put(map, node, element);
+        benchmark::DoNotOptimize(&map);
+    }
+    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
+}
+
+// All pairs in the order of the keys.
+template <class Any>
+void BM_WalkInKeyOrder(benchmark::State& state) {
+    Any map;
+    Build(state, map);
+    for (auto _ : state) {
+        int sum = 0;
+        for (const auto& [node, element] : map) sum ^= node + element;
+        benchmark::DoNotOptimize(sum);
+    }
+    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
+}
+
 // Removing an element from its nodes, as remeshing does, and putting it back.
 template <class Any>
 void BM_MoveElement(benchmark::State& state) {
@@ -127,6 +160,10 @@ BENCHMARK(BM_VisitElements<Map>)->Args({100000, 0})->Args({100000, kFar});
 BENCHMARK(BM_VisitElementsCompacted)->Args({100000, 0});
 BENCHMARK(BM_VisitElements<HashMap>)->Args({100000, 0})->Args({100000, kFar});
 BENCHMARK(BM_VisitElements<Vectors>)->Args({100000, 0});
+BENCHMARK(BM_BuildInNoOrder<Map>)->Args({100000, 0})->Args({100000, kFar});
+BENCHMARK(BM_BuildInNoOrder<HashMap>)->Args({100000, 0})->Args({100000, kFar});
+BENCHMARK(BM_WalkInKeyOrder<Map>)->Args({100000, 0})->Args({100000, kFar});
+BENCHMARK(BM_WalkInKeyOrder<Tree>)->Args({100000, 0})->Args({100000, kFar});
 BENCHMARK(BM_MoveElement<Map>)->Args({100000, 0});
 BENCHMARK(BM_MoveElement<HashMap>)->Args({100000, 0});
 
