@@ -167,7 +167,7 @@ public:
         m_entry = m_entry->next;
         if (!m_entry) Enter(m_bucket + 1);
     }
-    std::pair<K, const V&> CurrentItem() const { return {m_entry->key, m_entry->value}; }
+    omi_PairItem<K, V> CurrentItem() const { return {m_entry->key, m_entry->value}; }
     bool operator==(const HashCursor& other) const { return m_entry == other.m_entry; }
 
 private:

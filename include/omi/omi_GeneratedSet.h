@@ -61,7 +61,7 @@ class KZM_API omi_GeneratedSetIT {
 public:
     using value_type = int;
 
-    omi_GeneratedSetIT() = default;
+    omi_GeneratedSetIT() = default;  // over no set: always IsDone
     explicit omi_GeneratedSetIT(const omi_GeneratedSet& set) : m_set(&set) {}
 
     void First() {

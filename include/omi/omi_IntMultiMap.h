@@ -209,11 +209,11 @@ class omi_IntMultiMapIterator {
 public:
     using value_type = std::pair<int, V>;
 
-    omi_IntMultiMapIterator() = default;
+    omi_IntMultiMapIterator() = default;  // over no map: always IsDone
     explicit omi_IntMultiMapIterator(const omi_IntMultiMap<V, A>& map) : m_map(&map) {}
 
     void First() {
-        m_keys = m_map->Walk();
+        if (m_map) m_keys = m_map->Walk();
         EnterChain();
     }
     void Next() {
@@ -228,7 +228,7 @@ public:
     // These need a current pair.
     int CurrentKey() const { return m_keys.CurrentKey(); }
     const V& CurrentValue() const { return m_link->value; }
-    std::pair<int, const V&> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
+    omi_PairItem<int, V> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
 
     bool operator==(const omi_IntMultiMapIterator& other) const { return m_link == other.m_link; }
 

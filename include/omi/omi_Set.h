@@ -24,7 +24,7 @@ public:
     using value_type = int;
 
     omi_Set() = default;
-    explicit omi_Set(const KZMBasVector<int>& values);
+    omi_Set(const KZMBasVector<int>& values);
     omi_Set(const int* values, int n);  // n below 1 inserts nothing
     template <std::input_iterator It>
     omi_Set(It first, It last) {
@@ -86,7 +86,7 @@ class KZM_API omi_SetIT {
 public:
     using value_type = int;
 
-    omi_SetIT() = default;
+    omi_SetIT() = default;  // over no set: always IsDone
     explicit omi_SetIT(const omi_Set& set) : m_set(&set) {}
 
     void First();

@@ -26,8 +26,7 @@ public:
     using value_type = int;
 
     omi_SparseSet() : m_negative(nullptr), m_unique(false), m_count(0), m_capacity(0) {}
-    explicit omi_SparseSet(const KZMBasVector<int>& values)
-        : omi_SparseSet(values.Data(), values.Size()) {}
+    omi_SparseSet(const KZMBasVector<int>& values) : omi_SparseSet(values.Data(), values.Size()) {}
     omi_SparseSet(const int* values, int n);  // n below 1 inserts nothing
     template <std::input_iterator It>
     omi_SparseSet(It first, It last) : omi_SparseSet() {
@@ -107,7 +106,7 @@ class KZM_API omi_SparseSetIT {
 public:
     using value_type = int;
 
-    omi_SparseSetIT() = default;
+    omi_SparseSetIT() = default;  // over no set: always IsDone
     explicit omi_SparseSetIT(const omi_SparseSet& set) : m_set(&set) {}
 
     void First();

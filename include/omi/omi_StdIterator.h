@@ -2,7 +2,29 @@
 #include <cstddef>
 #include <iterator>
 #include <memory>
+#include <tuple>
 #include <type_traits>
+#include <utility>
+
+// What the iterators of keyed containers refer to: a key with a reference to its value, which can
+// be taken apart, compared with a std::pair<K, V> and made one. No pair converts to it, so its
+// common type with a std::pair<K, V> is that pair, which C++20 algorithms ask for.
+template <class K, class V>
+struct omi_PairItem : std::pair<K, const V&> {
+    omi_PairItem(const K& key, const V& value) : std::pair<K, const V&>(key, value) {}
+
+    friend bool operator==(const omi_PairItem& a, const omi_PairItem& b) {
+        return a.first == b.first && a.second == b.second;
+    }
+    friend bool operator==(const omi_PairItem& a, const std::pair<K, V>& b) {
+        return a.first == b.first && a.second == b.second;
+    }
+};
+
+template <class K, class V>
+struct std::tuple_size<omi_PairItem<K, V>> : std::tuple_size<std::pair<K, const V&>> {};
+template <std::size_t I, class K, class V>
+struct std::tuple_element<I, omi_PairItem<K, V>> : std::tuple_element<I, std::pair<K, const V&>> {};
 
 // Read-only standard iterator over what a cursor visits, which is what begin() and end() of the
 // sets, tables, multimaps and hash tables return. A Cursor is copyable, is default-constructed

@@ -40,7 +40,7 @@ public:
         return static_cast<Key>(m_after ? 0u - key : key);
     }
     V& CurrentValue() const { return *m_block->GetCell(m_local); }
-    std::pair<Key, const V&> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
+    omi_PairItem<Key, V> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
 
     friend bool operator==(const omi_TableCursor& a, const omi_TableCursor& b) {
         return a.m_block == b.m_block && a.m_local == b.m_local;

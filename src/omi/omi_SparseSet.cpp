@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <functional>
 #include <new>
 #include <utility>
 
@@ -74,7 +75,8 @@ bool omi_SparseSet::operator==(const omi_SparseSet& other) const {
 void omi_SparseSet::MakeUnique() const {
     if (m_unique || m_count < 2) return;
     int* const values = m_values.Data();
-    if (std::is_sorted(values, values + m_count, std::less_equal<int>())) {
+    int* const end = values + m_count;
+    if (std::adjacent_find(values, end, std::greater_equal<int>()) == end) {
         m_unique = true;
         return;
     }
@@ -130,12 +132,17 @@ void omi_SparseSet::Reserve(int n) {
 }
 
 // The array itself grows by half, unless the step is larger: filling a set one by one stays linear.
+// Where that much cannot be had, the step alone may do.
 void omi_SparseSet::ReserveAdditional(int n) {
     if (n > INT_MAX - m_count) throw std::bad_alloc();
     const int room = m_values.Capacity();
-    if (m_count + n > room && room > 0) {
-        const int grown = room > INT_MAX / 3 * 2 ? INT_MAX : room + room / 2;
-        m_values.Reserve(std::max(RoundedCapacity(m_count + n), grown));
+    const int needed = RoundedCapacity(m_count + n);
+    const int grown = room > INT_MAX / 3 * 2 ? INT_MAX : RoundedCapacity(room + room / 2);
+    if (needed > room && grown > needed) {
+        try {
+            m_values.Reserve(grown);
+        } catch (const std::bad_alloc&) {
+        }
     }
     Reserve(m_count + n);
 }
