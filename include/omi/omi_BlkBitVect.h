@@ -52,23 +52,8 @@ public:
         return m_bitCount;
     }
 
-    void SetBit(unsigned int i) {
-        unsigned int* const word = Word(i);
-        if (!word) return SetBitOfNewBlock(i);
-        const unsigned int mask = 1u << (i & 31);
-        if (*word & mask) return;
-        *word |= mask;
-        ++m_bitCount;
-    }
-
-    // Keeps the block, also when it becomes empty.
-    void UnsetBit(unsigned int i) {
-        unsigned int* const word = Word(i);
-        const unsigned int mask = 1u << (i & 31);
-        if (!word || !(*word & mask)) return;
-        *word &= ~mask;
-        --m_bitCount;
-    }
+    void SetBit(unsigned int i) { Add(i); }
+    void UnsetBit(unsigned int i) { Take(i); }  // keeps the block, also when it becomes empty
 
     // Sets from..to, both included. With from > to, bits are set only if the two lie in different
     // words: those of `to`'s word up to `to`.
@@ -96,6 +81,10 @@ public:
 private:
     friend struct kzm_Layout;
     friend class omi_Set;  // makes the blocks of both its vectors before it changes one
+    template <class, class>
+    friend class omi_UintTableBlock;
+    template <class, class>
+    friend class omi_TableBlockWalk;
 
     static constexpr unsigned int kGrowthStep = 128;
     static constexpr unsigned int kBlockShift = 8;
@@ -108,6 +97,28 @@ private:
         if (slot >= m_slotCount) return nullptr;
         unsigned int* const block = m_table[slot];
         return block ? block + (i >> 5 & (kBlockWords - 1)) : nullptr;
+    }
+
+    // Whether the bit has changed.
+    bool Add(unsigned int i) {
+        unsigned int* const word = Word(i);
+        if (!word) {
+            SetBitOfNewBlock(i);
+            return true;
+        }
+        const unsigned int mask = 1u << (i & 31);
+        if (*word & mask) return false;
+        *word |= mask;
+        ++m_bitCount;
+        return true;
+    }
+    bool Take(unsigned int i) {
+        unsigned int* const word = Word(i);
+        const unsigned int mask = 1u << (i & 31);
+        if (!word || !(*word & mask)) return false;
+        *word &= ~mask;
+        --m_bitCount;
+        return true;
     }
 
     void OrWord(unsigned int& word, unsigned int mask) {
@@ -126,6 +137,8 @@ private:
     void MakeBlocksOf(const omi_BlkBitVect& other);
     template <class Op>
     void CombineWords(const omi_BlkBitVect& other, Op op);
+    template <class Op>
+    void CombineAllWords(const omi_BlkBitVect& other, Op op);
     void Recount() const;
 
     mutable unsigned int m_bitCount;

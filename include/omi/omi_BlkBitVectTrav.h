@@ -33,7 +33,11 @@ public:
     bool Next(unsigned int& i) {
         if (m_word) {
             const unsigned int above = *m_word & (0u - (m_mask << 1));
-            if (above) return Stand(std::countr_zero(above), i);
+            if (above) {
+                m_mask = above & (0u - above);
+                i = m_index = (m_index & ~31u) + static_cast<unsigned int>(std::countr_zero(above));
+                return true;
+            }
         }
         return NextWord(i);
     }

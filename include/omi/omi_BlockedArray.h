@@ -7,6 +7,19 @@ class cow_String;
 class omi_BlkBitVect;
 class omi_BlkBitVectTrav;
 
+namespace omi_detail {
+// The first slot from this one on that has a block, `end` if there is none.
+template <class Block>
+unsigned NextPresent(Block* const* table, unsigned slot, unsigned end) {
+    for (; slot < end && !table[slot]; ++slot)
+        while (end - slot > 8 &&
+               !(table[slot + 1] || table[slot + 2] || table[slot + 3] || table[slot + 4] ||
+                 table[slot + 5] || table[slot + 6] || table[slot + 7] || table[slot + 8]))
+            slot += 8;
+    return slot;
+}
+}  // namespace omi_detail
+
 // Sparse array of T, indexed by an unsigned cell number. Cells live in blocks of 2^shift that
 // appear on the first write into them; an absent block costs one pointer. For dense data that
 // starts near 0 a vector is smaller. One thread at a time; concurrent readers are safe while
@@ -63,6 +76,8 @@ protected:
 private:
     friend struct kzm_Layout;
     friend class omi_BlkBitVect;
+    template <class, class>
+    friend class omi_TableBlockWalk;
     friend KZM_API void SetBitTraverseData(const omi_BlkBitVect*, omi_BlkBitVectTrav*);
 
     static T** NewTable(unsigned slots);  // of null entries, null for 0 slots
@@ -71,6 +86,7 @@ private:
     static void FreeTable(T** table, unsigned slots);
     static void FreeBlock(T* block);
     T* NewBlock() const;
+    T* NewRawBlock() const;
     void BlockCopy(T* to, const T* from) const;
     void BlockInitialize(T* block) const;
     T* NewCell(unsigned index);

@@ -93,10 +93,9 @@ void omi_BlockedArray<T>::DumpArray() {
 
 template <class T>
 void omi_BlockedArray<T>::Clear() {
-    for (unsigned slot = 0; slot < m_slotCount; ++slot) {
-        FreeBlock(m_table[slot]);
-        m_table[slot] = nullptr;
-    }
+    for (unsigned slot = 0;
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot)
+        FreeBlock(std::exchange(m_table[slot], nullptr));
 }
 
 template <class T>
@@ -127,8 +126,9 @@ void omi_BlockedArray<T>::MakeBlock(unsigned slot) {
 template <class T>
 std::size_t omi_BlockedArray<T>::HeapBytes() const {
     std::size_t bytes = m_slotCount * sizeof(T*);
-    for (unsigned slot = 0; slot < m_slotCount; ++slot)
-        if (m_table[slot]) bytes += m_blockSize * sizeof(T);
+    for (unsigned slot = 0;
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot)
+        bytes += m_blockSize * sizeof(T);
     return bytes;
 }
 
@@ -149,13 +149,15 @@ T** omi_BlockedArray<T>::CopyOfTable(const omi_BlockedArray& other, T* const* ha
     T** const table = NewTable(other.m_slotCount);
     unsigned slot = 0;
     try {
-        for (; slot < other.m_slotCount; ++slot) {
-            if (!other.m_table[slot] || (have && have[slot])) continue;
-            table[slot] = other.NewBlock();
+        for (; (slot = omi_detail::NextPresent(other.m_table, slot, other.m_slotCount)) <
+               other.m_slotCount;
+             ++slot) {
+            if (have && have[slot]) continue;
+            table[slot] = other.NewRawBlock();
             other.BlockCopy(table[slot], other.m_table[slot]);
         }
     } catch (...) {
-        FreeTable(table, slot);
+        FreeTable(table, other.m_slotCount);
         throw;
     }
     return table;
@@ -163,7 +165,8 @@ T** omi_BlockedArray<T>::CopyOfTable(const omi_BlockedArray& other, T* const* ha
 
 template <class T>
 void omi_BlockedArray<T>::FreeTable(T** table, unsigned slots) {
-    for (unsigned slot = 0; slot < slots; ++slot) FreeBlock(table[slot]);
+    for (unsigned slot = 0; (slot = omi_detail::NextPresent(table, slot, slots)) < slots; ++slot)
+        FreeBlock(table[slot]);
     mem_Free(table);
 }
 
@@ -177,14 +180,18 @@ void omi_BlockedArray<T>::FreeBlock(T* block) {
 
 template <class T>
 T* omi_BlockedArray<T>::NewBlock() const {
-    if constexpr (std::is_scalar_v<T>) {
-        const std::size_t bytes = omi_BytesFor(m_blockSize, sizeof(T));
-        T* const block = static_cast<T*>(mem_OperatorNewThrowBuiltin(bytes));
-        BlockInitialize(block);
-        return block;
-    } else {
+    T* const block = NewRawBlock();
+    if constexpr (std::is_scalar_v<T>) BlockInitialize(block);
+    return block;
+}
+
+// Cells that still have to be written, unless they construct themselves.
+template <class T>
+T* omi_BlockedArray<T>::NewRawBlock() const {
+    if constexpr (std::is_scalar_v<T>)
+        return static_cast<T*>(mem_OperatorNewThrowBuiltin(omi_BytesFor(m_blockSize, sizeof(T))));
+    else
         return new T[m_blockSize];
-    }
 }
 
 template <class T>

@@ -169,19 +169,23 @@ void omi_IntMultiMap<V, A>::CopyChains(int (*compare)(const V&, const V&)) {
     KZMBasVector<const Link*> chain;
     Link* first = nullptr;
     Link* last = nullptr;
+    const auto append = [&](const Link* link) {
+        Link* const copy = chunks.Add(link->value);
+        (last ? last->next : first) = copy;
+        last = copy;
+    };
     for (auto keys = Base::Walk(); !keys.IsDone(); keys.Next()) {
-        chain.Clear();
-        for (auto* link = static_cast<const Link*>(keys.CurrentValue()); link; link = link->next)
-            chain.Append(link);
-        if (compare)
-            std::stable_sort(chain.begin(), chain.end(), [=](const Link* a, const Link* b) {
-                return compare(a->value, b->value) < 0;
-            });
-        for (const Link* const link : chain) {
-            Link* const copy = chunks.Add(link->value);
-            (last ? last->next : first) = copy;
-            last = copy;
+        const auto* link = static_cast<const Link*>(keys.CurrentValue());
+        if (!compare) {
+            for (; link; link = link->next) append(link);
+            continue;
         }
+        chain.Clear();
+        for (; link; link = link->next) chain.Append(link);
+        std::stable_sort(chain.begin(), chain.end(), [=](const Link* a, const Link* b) {
+            return compare(a->value, b->value) < 0;
+        });
+        for (const Link* const each : chain) append(each);
     }
     Link* copy = first;
     for (auto keys = Base::Walk(); !keys.IsDone(); keys.Next()) {

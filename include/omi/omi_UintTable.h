@@ -22,18 +22,14 @@ public:
 
     const omi_BlkBitVect& Members() const { return m_members; }
 
-    // Writes the cell, then makes the key a member: if memory runs out, membership is unchanged.
-    void Insert(unsigned int local, const V& value) {
+    // Writes the cell, then makes the key a member, true if it was none before: if memory runs out,
+    // membership is unchanged.
+    bool Insert(unsigned int local, const V& value) {
         this->SetCell(local, value);
-        m_members.SetBit(local);
+        return m_members.Add(local);
     }
 
-    // True if the key was a member.
-    bool Remove(unsigned int local) {
-        const unsigned int before = m_members.Size();
-        m_members.UnsetBit(local);
-        return m_members.Size() != before;
-    }
+    bool Remove(unsigned int local) { return m_members.Take(local); }  // true if it was a member
 
     unsigned int Footprint() const {
         return this->ToFootprint(std::size_t{omi_BlockedArray<V>::Footprint()} +
@@ -176,9 +172,7 @@ private:
     }
 
     bool InsertInto(Block& block, unsigned int key, const V& value) {
-        const unsigned int before = block.Members().Size();
-        block.Insert(key & m_localMask, value);
-        const bool added = block.Members().Size() != before;
+        const bool added = block.Insert(key & m_localMask, value);
         m_memberCount += added;
         return added;
     }

@@ -1,5 +1,4 @@
 #pragma once
-#include <omi/omi_BlkBitVectTrav.h>
 #include <omi/omi_SortedRecords.h>
 #include <omi/omi_UintTable.h>
 
@@ -19,12 +18,7 @@ class omi_UintTableIterator {
 public:
     explicit omi_UintTableIterator(const omi_UintTable<V, A>& table,
                                    omi_TableCompare compare = nullptr)
-        : m_table(&table),
-          m_compare(compare),
-          m_block(nullptr),
-          m_slot(-2),
-          m_base(0),
-          m_local(0) {}
+        : m_table(&table), m_compare(compare), m_slot(-2), m_base(0) {}
 
     omi_UintTableIterator(const omi_UintTableIterator&) = delete;
     omi_UintTableIterator& operator=(const omi_UintTableIterator&) = delete;
@@ -35,26 +29,24 @@ public:
     void Next() {
         if (m_compare)
             m_sorted.Next();
-        else if (m_block && !m_walk.Next(m_local))
+        else if (!m_walk.IsDone() && !m_walk.Next())
             NextBlock();
     }
 
     void Previous() {
         if (m_compare)
             m_sorted.Previous();
-        else if (m_block && !m_walk.Prev(m_local))
+        else if (!m_walk.IsDone() && !m_walk.Prev())
             PreviousBlock();
     }
 
-    bool IsDone() const { return m_compare ? m_sorted.IsDone() : !m_block; }
+    bool IsDone() const { return m_compare ? m_sorted.IsDone() : m_walk.IsDone(); }
 
     // These three need a current member.
     unsigned int CurrentKey() const {
-        return m_compare ? m_sorted.Current().key : m_base + m_local;
+        return m_compare ? m_sorted.Current().key : m_base + m_walk.Local();
     }
-    const V& CurrentValue() const {
-        return m_compare ? *m_sorted.Current().value : *m_block->GetCell(m_local);
-    }
+    const V& CurrentValue() const { return m_compare ? *m_sorted.Current().value : m_walk.Value(); }
 
     // In key order: goes on to the lowest key of the next block, or to the highest of the block
     // before; from nowhere, of the first or last. False, and IsDone, if there is none. With a
@@ -66,18 +58,16 @@ private:
     template <class, class>
     friend class omi_IntTableIterator;
 
-    void Leave() { m_block = nullptr; }  // in key order: stands nowhere
+    void Leave() { m_walk.Leave(); }  // in key order: stands nowhere
     void Build();
-    bool Enter(std::int64_t slot);
+    const omi_UintTableBlock<V, A>* Enter(std::int64_t slot);
 
     const omi_UintTable<V, A>* m_table;
     omi_TableCompare m_compare;
     omi_SortedRecords<unsigned int, V, A> m_sorted;
-    omi_BlkBitVectTrav m_walk;
-    const omi_UintTableBlock<V, A>* m_block;  // the current member's, null where there is none
-    std::int64_t m_slot;                      // of that block; -2 before the first move
-    unsigned int m_base;                      // lowest key of the slot
-    unsigned int m_local;
+    omi_TableBlockWalk<V, A> m_walk;
+    std::int64_t m_slot;  // of the current member's block; -2 before the first move
+    unsigned int m_base;  // lowest key of the slot
 };
 
 #define OMI_DECLARE_UINT_TABLE_ITERATOR(V, A) KZM_DECLARE(omi_UintTableIterator<V, A>)

@@ -32,8 +32,8 @@ bool omi_UintTableIterator<V, A>::NextBlock() {
     if (m_compare) return false;
     const std::int64_t end = m_table->m_slotCount;
     for (m_slot = std::clamp<std::int64_t>(m_slot + 1, 0, end); m_slot < end; ++m_slot)
-        if (Enter(m_slot) && m_walk.First(m_local)) return true;
-    m_block = nullptr;
+        if (const auto* const block = Enter(m_slot); block && m_walk.First(*block)) return true;
+    Leave();
     return false;
 }
 
@@ -42,8 +42,8 @@ bool omi_UintTableIterator<V, A>::PreviousBlock() {
     if (m_compare) return false;
     const std::int64_t last = std::int64_t{m_table->m_slotCount} - 1;
     for (m_slot = std::clamp<std::int64_t>(m_slot - 1, -1, last); m_slot >= 0; --m_slot)
-        if (Enter(m_slot) && m_walk.Last(m_local)) return true;
-    m_block = nullptr;
+        if (const auto* const block = Enter(m_slot); block && m_walk.Last(*block)) return true;
+    Leave();
     return false;
 }
 
@@ -55,10 +55,7 @@ void omi_UintTableIterator<V, A>::Build() {
 }
 
 template <class V, class A>
-bool omi_UintTableIterator<V, A>::Enter(std::int64_t slot) {
-    m_block = m_table->m_table[slot];
-    if (!m_block) return false;
+const omi_UintTableBlock<V, A>* omi_UintTableIterator<V, A>::Enter(std::int64_t slot) {
     m_base = static_cast<unsigned int>(static_cast<std::uint64_t>(slot) << m_table->m_keyShift);
-    SetBitTraverseData(&m_block->Members(), &m_walk);
-    return true;
+    return m_table->m_table[slot];
 }

@@ -6,9 +6,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace {
+
+constexpr unsigned int kWords = 256;  // of a block
 
 bool AllZero(const unsigned int* words, unsigned int n) {
     return std::all_of(words, words + n, [](unsigned int word) { return word == 0; });
@@ -16,6 +19,34 @@ bool AllZero(const unsigned int* words, unsigned int n) {
 
 // The bits from..to of a word, both included.
 unsigned int BitRange(unsigned int from, unsigned int to) { return ~0u << from & ~0u >> (31 - to); }
+
+template <class Op>
+void CombineBlocks(unsigned int* mine, const unsigned int* theirs, Op op) {
+    for (unsigned int i = 0; i < kWords; ++i) mine[i] = op(mine[i], theirs[i]);
+}
+
+// Blocks of words that nobody has written yet, linked through their first bytes.
+class SpareBlocks {
+public:
+    SpareBlocks() = default;
+    SpareBlocks(const SpareBlocks&) = delete;
+    SpareBlocks& operator=(const SpareBlocks&) = delete;
+    ~SpareBlocks() {
+        while (m_first) mem_Free(Take());
+    }
+
+    void Add() { m_first = ::new (mem_Malloc(kWords * sizeof(unsigned int))) Link{m_first}; }
+    unsigned int* Take() {
+        void* const block = std::exchange(m_first, m_first->next);
+        return static_cast<unsigned int*>(block);
+    }
+
+private:
+    struct Link {
+        Link* next;
+    };
+    Link* m_first = nullptr;
+};
 
 }  // namespace
 
@@ -143,24 +174,20 @@ omi_BlkBitVect& omi_BlkBitVect::operator-=(const omi_BlkBitVect& other) {
 }
 
 omi_BlkBitVect& omi_BlkBitVect::operator&=(const omi_BlkBitVect& other) {
-    for (unsigned int slot = 0; slot < m_slotCount; ++slot) {
-        if (other.Block(slot)) continue;
-        mem_Free(m_table[slot]);
-        m_table[slot] = nullptr;
-    }
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot)
+        if (!other.Block(slot)) mem_Free(std::exchange(m_table[slot], nullptr));
     CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine & theirs; });
     return *this;
 }
 
 omi_BlkBitVect& omi_BlkBitVect::operator|=(const omi_BlkBitVect& other) {
-    MakeBlocksOf(other);
-    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine | theirs; });
+    CombineAllWords(other, [](unsigned int mine, unsigned int theirs) { return mine | theirs; });
     return *this;
 }
 
 omi_BlkBitVect& omi_BlkBitVect::operator^=(const omi_BlkBitVect& other) {
-    MakeBlocksOf(other);
-    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine ^ theirs; });
+    CombineAllWords(other, [](unsigned int mine, unsigned int theirs) { return mine ^ theirs; });
     return *this;
 }
 
@@ -168,11 +195,30 @@ omi_BlkBitVect& omi_BlkBitVect::operator^=(const omi_BlkBitVect& other) {
 template <class Op>
 void omi_BlkBitVect::CombineWords(const omi_BlkBitVect& other, Op op) {
     const unsigned int slots = std::min(m_slotCount, other.m_slotCount);
-    for (unsigned int slot = 0; slot < slots; ++slot) {
-        unsigned int* const mine = m_table[slot];
-        const unsigned int* const theirs = other.m_table[slot];
-        if (!mine || !theirs) continue;
-        for (unsigned int i = 0; i < kBlockWords; ++i) mine[i] = op(mine[i], theirs[i]);
+    for (unsigned int slot = 0; (slot = omi_detail::NextPresent(m_table, slot, slots)) < slots;
+         ++slot)
+        if (other.m_table[slot]) CombineBlocks(m_table[slot], other.m_table[slot], op);
+    m_stale = true;
+}
+
+// Besides, blocks that only the other has are copied. They are taken before any bit changes.
+template <class Op>
+void omi_BlkBitVect::CombineAllWords(const omi_BlkBitVect& other, Op op) {
+    static_assert(kWords == kBlockWords);
+    const unsigned int slots = other.m_slotCount;
+    Realloc(slots);
+    SpareBlocks spare;
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(other.m_table, slot, slots)) < slots; ++slot)
+        if (!m_table[slot]) spare.Add();
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(other.m_table, slot, slots)) < slots; ++slot) {
+        if (m_table[slot]) {
+            CombineBlocks(m_table[slot], other.m_table[slot], op);
+        } else {
+            m_table[slot] = spare.Take();
+            std::memcpy(m_table[slot], other.m_table[slot], kBlockWords * sizeof(unsigned int));
+        }
     }
     m_stale = true;
 }
@@ -199,16 +245,18 @@ void omi_BlkBitVect::MakeWordBlocks(unsigned int first, unsigned int last) {
 void omi_BlkBitVect::MakeBlocksOf(const omi_BlkBitVect& other) {
     Realloc(other.m_slotCount);
     constexpr std::size_t kBytes = kBlockWords * sizeof(unsigned int);
-    for (unsigned int slot = 0; slot < other.m_slotCount; ++slot)
-        if (other.m_table[slot] && !m_table[slot])
+    const unsigned int slots = other.m_slotCount;
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(other.m_table, slot, slots)) < slots; ++slot)
+        if (!m_table[slot])
             m_table[slot] = static_cast<unsigned int*>(std::memset(mem_Malloc(kBytes), 0, kBytes));
 }
 
 void omi_BlkBitVect::Recount() const {
     m_bitCount = 0;
-    for (unsigned int slot = 0; slot < m_slotCount; ++slot) {
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot) {
         unsigned int* const block = m_table[slot];
-        if (!block) continue;
         unsigned int sum = 0;
         for (unsigned int i = 0; i < kBlockWords; ++i) sum += CountBits32(block[i]);
         if (sum == 0) {

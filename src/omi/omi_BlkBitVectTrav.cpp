@@ -95,8 +95,8 @@ void omi_BlkBitVectTrav::EnterBlock(unsigned int slot, unsigned int word) {
 
 // The lowest bit of the blocks from m_slot upwards.
 bool omi_BlkBitVectTrav::ScanUp(unsigned int& i) {
-    for (; m_slot < m_slotCount; ++m_slot) {
-        if (!m_table[m_slot]) continue;
+    for (; (m_slot = omi_detail::NextPresent(m_table, m_slot, m_slotCount)) < m_slotCount;
+         ++m_slot) {
         EnterBlock(m_slot, 0);
         for (; m_word < m_endWord; ++m_word, m_index += 32)
             if (*m_word) return Stand(std::countr_zero(*m_word), i);

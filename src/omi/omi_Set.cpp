@@ -54,9 +54,9 @@ void omi_Set::Clear() {
 }
 
 omi_Set& omi_Set::operator+=(const omi_Set& other) {
-    m_members.MakeBlocksOf(other.m_members);
-    m_negative |= other.m_negative;
+    m_negative.MakeBlocksOf(other.m_negative);
     m_members |= other.m_members;
+    m_negative |= other.m_negative;
     return *this;
 }
 
@@ -73,9 +73,9 @@ omi_Set& omi_Set::operator&=(const omi_Set& other) {
 }
 
 omi_Set& omi_Set::operator^=(const omi_Set& other) {
-    m_members.MakeBlocksOf(other.m_members);
-    m_negative ^= other.m_negative;
+    m_negative.MakeBlocksOf(other.m_negative);
     m_members ^= other.m_members;
+    m_negative ^= other.m_negative;
     return *this;
 }
 
