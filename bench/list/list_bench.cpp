@@ -163,6 +163,10 @@ void BM_Assign(benchmark::State& state) {
 
 void Sizes(benchmark::internal::Benchmark* b) { b->Arg(1 << 10)->Arg(1 << 20); }
 
+void SnapshotSizes(benchmark::internal::Benchmark* b) {
+    for (int n = 1000; n <= 1000000; n *= 10) b->Arg(n);
+}
+
 #define KZM_BENCH_STANDARD(work)              \
     BENCHMARK(work<List>)->Apply(Sizes);      \
     BENCHMARK(work<SizedList>)->Apply(Sizes); \
@@ -181,7 +185,13 @@ KZM_BENCH_ALL(BM_Walk)
 KZM_BENCH_ALL(BM_ReadAt)
 KZM_BENCH_ALL(BM_WriteAt)
 KZM_BENCH_ALL(BM_Copy)
-KZM_BENCH_ALL(BM_SnapshotAndWrite)
+BENCHMARK(BM_SnapshotAndWrite<List>)->Apply(SnapshotSizes);
+BENCHMARK(BM_SnapshotAndWrite<SizedList>)->Apply(SnapshotSizes);
+BENCHMARK(BM_SnapshotAndWrite<Vector>)->Apply(SnapshotSizes);
+BENCHMARK(BM_SnapshotAndWrite<Deque>)->Apply(SnapshotSizes);
+#ifdef KZM_BENCH_QT
+BENCHMARK(BM_SnapshotAndWrite<Shared>)->Apply(SnapshotSizes);
+#endif
 KZM_BENCH_STANDARD(BM_Assign)
 
 }  // namespace

@@ -15,6 +15,8 @@
 
 template <class T>
 class cow_FixedArray;
+template <class T>
+struct cow_ListCut;
 class atr_String;
 class cow_String;
 
@@ -66,8 +68,10 @@ class cow_ListBlock {
 // exhaustion, also when a length or position would pass 2147483647, std::bad_alloc is thrown and
 // the list holds what it held before. One thread at a time for a list and all its copies.
 //
-// T is copied and default-constructed. If its copying can throw, a list that is being filled,
-// inserted into or removed from may keep some elements twice; it stays valid.
+// T is copied and default-constructed. A removed element goes at once, its place taken by T(), so
+// that the value a Pop() returned shares nothing with the list; other lists that share the block
+// keep it. If assigning a T can throw, removed elements stay until they are overwritten, and a list
+// that is being filled, inserted into or removed from may keep some twice; it stays valid.
 template <class T>
 class cow_List {
     using Block = cow_ListBlock<T>;
@@ -276,20 +280,24 @@ private:
             return 0;
     }
 
-    static std::size_t TableBytes(int slots);
-    static Block** NewTable(int slots);
+    static Block** NewTable(int slots, int slotsBefore = 0);
+    static void FreeTable(Block** table);
+    void FitTable(int slots);
     int SlotsFor(std::int64_t n) const;
     cow_List EmptyLikeThis() const;
     Block* CopyOfBlock(int slot, int length) const;
     void MakeWritable(int i);
     void Grow(std::int64_t n);
-    Block** TableFor(int n) const;
-    void Truncate(int n, Block** table);
+    cow_ListCut<T> PrepareCut(int n) const;
+    void Truncate(int n, cow_ListCut<T>& cut);
+    bool SharesBlocks(int n) const;
     cow_List& AppendToNewSlot(const T& v);
     cow_List& PrependToNewSlot(const T& v);
     cow_List& AppendElements(const cow_List& other, int first, int n);
     template <class Write>
     cow_List& Overwrite(int n, const Write& write);
+    template <class Write>
+    void Rewrite(int n, int slots, const Write& write);
 
     std::int32_t m_length;
     std::int32_t m_tableSlots;

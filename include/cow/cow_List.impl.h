@@ -8,6 +8,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <type_traits>
 #include <utility>
 
@@ -22,6 +23,48 @@ inline constexpr bool cow_kMovesAsBytes<cow_FixedArray<T>> = true;
 
 struct cow_FreeBlock {
     void operator()(void* block) const { mem_Free(block); }
+};
+
+namespace cow_list_detail {
+
+// Stands right before the slots of a table: how far those could go on in the memory on both sides.
+// The room before them is for Prefix, which else would move a long table at each of its steps.
+struct TableHead {
+    std::int32_t m_before;  // unused slots in front of this head
+    std::int32_t m_room;    // slots from the first one of the table to the end of the memory
+
+    static TableHead* Of(void* table) { return static_cast<TableHead*>(table) - 1; }
+    void* Memory() { return reinterpret_cast<void**>(this) - m_before; }
+    static std::size_t Bytes(int slots) {
+        return sizeof(TableHead) + static_cast<std::size_t>(slots) * sizeof(void*);
+    }
+    static int RoomBefore(int slots) { return slots / 8 / 16 * 16; }
+    static void** Start(void* memory, int before, int room) {
+        void** const head = static_cast<void**>(memory) + before;
+        return reinterpret_cast<void**>(::new (head) TableHead{before, room} + 1);
+    }
+};
+
+// The slots grow by 16, their memory by an eighth: else a long list would copy its table at every
+// sixteenth block.
+inline int TableRoom(int slots) {
+    const unsigned count = static_cast<unsigned>(slots);
+    const unsigned step = std::max(16u, std::bit_ceil(count) / 8);
+    return static_cast<int>((count + step - 1) & ~(step - 1));
+}
+
+// Whether removed elements are overwritten with T(): where they own something and it cannot fail.
+template <class T>
+inline constexpr bool kBlanksRemoved =
+    !std::is_trivially_destructible_v<T> && std::is_nothrow_copy_assignable_v<T>;
+
+}  // namespace cow_list_detail
+
+// What shortening a list takes memory for, so that nothing can fail once elements go.
+template <class T>
+struct cow_ListCut {
+    std::unique_ptr<void, cow_FreeBlock> m_memory;  // of a smaller table
+    std::optional<T> m_blank;                       // for the places of removed elements
 };
 
 // The elements of a list as one array, for the life of this object.
@@ -231,32 +274,66 @@ cow_List<T>& cow_List<T>::AppendElements(const cow_List& other, int first, int n
 }
 
 // Makes the list n elements, each run of them set by write(to, run, i). The old elements are there
-// until the last run is written, and a shared list is built aside rather than copied first.
+// until the last run is written.
 template <class T>
 template <class Write>
 cow_List<T>& cow_List<T>::Overwrite(int n, const Write& write) {
     if (n < 0) RaiseOutOfRange();
-    if (*m_tableCount > 1) {
-        cow_List fresh = EmptyLikeThis();
-        fresh.Overwrite(n, write);
-        Swap(fresh);
-        return *this;
-    }
     if (n == 0) return Resize(0);
-    const bool shrinks = n < m_length;
-    if (!shrinks) Grow(n);
-    IsolateRange(0, n - 1);
-    Block** const table = shrinks ? TableFor(n) : nullptr;
-    std::unique_ptr<Block*, cow_FreeBlock> guard(table);
+    Rewrite(n, SlotsFor(n), write);
+    return *this;
+}
+
+// The same for n > 0, leaving a table of `slots`. Where something is shared, the blocks to write
+// are gathered aside, fresh ones in place of those that are not this list's alone: all elements of
+// a block are overwritten, so that none need be copied first.
+template <class T>
+template <class Write>
+void cow_List<T>::Rewrite(int n, int slots, const Write& write) {
+    if (*m_tableCount == 1 && !SharesBlocks(n)) {
+        const bool shrinks = n < m_length;
+        cow_ListCut<T> cut;
+        if (shrinks)
+            cut = PrepareCut(n);
+        else if (slots != m_tableSlots)
+            Grow(n);
+        IsolateRange(0, n - 1);
+        for (int i = 0, run; i < n; i += run) {
+            T* const to = Run(i, n - i, run);
+            write(to, run, i);
+        }
+        if (shrinks)
+            Truncate(n, cut);
+        else
+            m_length = n;
+        return;
+    }
+    cow_List fresh = EmptyLikeThis();
+    fresh.m_table = NewTable(slots);
+    fresh.m_tableSlots = slots;
+    const int first = m_offset >> m_blockShift;
+    const int last = (m_offset + n - 1) >> m_blockShift;
+    const auto keeps = [&](int slot) {
+        return std::is_nothrow_copy_assignable_v<T> && *m_tableCount == 1 && slot < m_tableSlots &&
+               m_table[slot] && m_table[slot]->m_count == 1 && (slot < last || n >= m_length);
+    };
+    for (int slot = first; slot <= last; ++slot)
+        if (!keeps(slot)) fresh.m_table[slot] = Block::New(m_blockShift);
+    for (int slot = first; slot <= last; ++slot)
+        if (!fresh.m_table[slot]) std::swap(fresh.m_table[slot], m_table[slot]);
     for (int i = 0, run; i < n; i += run) {
-        T* const to = Run(i, n - i, run);
+        T* const to = fresh.Run(i, n - i, run);
         write(to, run, i);
     }
-    if (shrinks)
-        Truncate(n, guard.release());
-    else
-        m_length = n;
-    return *this;
+    fresh.m_length = n;
+    Swap(fresh);
+}
+
+template <class T>
+bool cow_List<T>::SharesBlocks(int n) const {
+    const int end = std::min(m_tableSlots, ((m_offset + n - 1) >> m_blockShift) + 1);
+    return std::any_of(m_table + std::min(m_offset >> m_blockShift, end), m_table + end,
+                       [](const Block* block) { return block && block->m_count > 1; });
 }
 
 template <class T>
@@ -283,7 +360,8 @@ cow_List<T>& cow_List<T>::Resize(int n) {
         Swap(fresh);
     } else {
         CopyArray();
-        Truncate(n, TableFor(n));
+        cow_ListCut<T> cut = PrepareCut(n);
+        Truncate(n, cut);
     }
     return *this;
 }
@@ -295,8 +373,7 @@ cow_List<T>& cow_List<T>::RemoveIndex(int i) {
     if (i == last) return Resize(last);
     CopyArray();
     IsolateRange(i, last);
-    Block** const table = TableFor(last);
-    std::unique_ptr<Block*, cow_FreeBlock> guard(table);
+    cow_ListCut<T> cut = PrepareCut(last);
     const int blockMask = (1 << m_blockShift) - 1;
     for (int gap = i; gap < last;) {
         T* const cell = Cell(gap);
@@ -308,7 +385,7 @@ cow_List<T>& cow_List<T>::RemoveIndex(int i) {
             ++gap;
         }
     }
-    Truncate(last, guard.release());
+    Truncate(last, cut);
     return *this;
 }
 
@@ -341,7 +418,9 @@ cow_List<T>& cow_List<T>::Sort() {
     else
         std::sort(first, first + sorted.m_length,
                   [](const T& a, const T& b) { return SortCmp(&a, &b) < 0; });
-    return SetFromArray(first, sorted.m_length);
+    Rewrite(m_length, m_tableSlots,
+            [first](T* to, int run, int i) { std::copy_n(first + i, run, to); });
+    return *this;
 }
 
 template <class T>
@@ -409,24 +488,43 @@ void cow_List<T>::IsolateRange(int a, int b) {
     }
 }
 
+// Where the memory has room before the table, that begins earlier instead of moving its blocks.
 template <class T>
 void cow_List<T>::Prefix() {
+    using cow_list_detail::TableHead;
     if (m_offset != 0) {
         CopyArray();
         return;
     }
     const std::int64_t blockSize = std::int64_t{1} << m_blockShift;
     const int used = static_cast<int>((m_length + blockSize - 1) >> m_blockShift);
-    if (used == m_tableSlots)
-        Grow((std::int64_t{used} << m_blockShift) + 1);
-    else
-        CopyArray();
-    const std::int64_t offset = std::int64_t{m_tableSlots - used} << m_blockShift;
+    const int slots =
+        used == m_tableSlots ? SlotsFor((std::int64_t{used} << m_blockShift) + 1) : m_tableSlots;
+    const int added = slots - used;
+    const std::int64_t offset = std::int64_t{added} << m_blockShift;
     if (offset + m_length > kLastPosition) throw std::bad_alloc();
+    CopyArray();
+    constexpr int kShort = 128;  // slots; moved without keeping room
+    const TableHead head = m_table ? *TableHead::Of(m_table) : TableHead{0, 0};
+    const bool slides = head.m_before >= added;
+    Block** fresh = nullptr;
+    if (!slides && (slots > kShort || slots > head.m_room))
+        fresh = NewTable(slots, slots > kShort ? TableHead::RoomBefore(slots) : 0);
     for (int slot = used; slot < m_tableSlots; ++slot)
         if (m_table[slot]) m_table[slot]->Release(m_blockShift);
-    std::copy_backward(m_table, m_table + used, m_table + m_tableSlots);
-    std::fill_n(m_table, m_tableSlots - used, nullptr);
+    if (fresh) {
+        std::copy_n(m_table, used, fresh + added);
+        FreeTable(m_table);
+        m_table = fresh;
+    } else if (slides) {
+        m_table = reinterpret_cast<Block**>(TableHead::Start(
+            TableHead::Of(m_table)->Memory(), head.m_before - added, head.m_room + added));
+        std::fill_n(m_table, added, nullptr);
+    } else {
+        std::copy_backward(m_table, m_table + used, m_table + slots);
+        std::fill_n(m_table, added, nullptr);
+    }
+    m_tableSlots = slots;
     m_offset = static_cast<int>(offset);
 }
 
@@ -434,25 +532,37 @@ template <class T>
 void cow_List<T>::DeleteTable() {
     for (int slot = 0; slot < m_tableSlots; ++slot)
         if (m_table[slot]) m_table[slot]->Release(m_blockShift);
-    mem_Free(m_table);
+    FreeTable(m_table);
     mem_Free(m_tableCount);
 }
 
-// The slots grow by 16, their memory by an eighth: else a long list would copy its table at every
-// sixteenth block.
 template <class T>
-std::size_t cow_List<T>::TableBytes(int slots) {
-    const std::size_t count = static_cast<std::size_t>(slots);
-    const std::size_t step = std::max<std::size_t>(16, std::bit_ceil(count) / 8);
-    return ((count + step - 1) & ~(step - 1)) * sizeof(Block*);
+cow_ListBlock<T>** cow_List<T>::NewTable(int slots, int slotsBefore) {
+    using cow_list_detail::TableHead;
+    if (slots == 0) return nullptr;
+    const int room = cow_list_detail::TableRoom(slots);
+    Block** const table = reinterpret_cast<Block**>(
+        TableHead::Start(mem_Malloc(TableHead::Bytes(slotsBefore + room)), slotsBefore, room));
+    std::fill_n(table, slots, nullptr);
+    return table;
 }
 
 template <class T>
-cow_ListBlock<T>** cow_List<T>::NewTable(int slots) {
-    if (slots == 0) return nullptr;
-    Block** const table = static_cast<Block**>(mem_Malloc(TableBytes(slots)));
-    std::fill_n(table, slots, nullptr);
-    return table;
+void cow_List<T>::FreeTable(Block** table) {
+    if (table) mem_Free(cow_list_detail::TableHead::Of(table)->Memory());
+}
+
+// Gives a private table, which there must be, memory for `slots`: what there is if it is not too
+// large by far.
+template <class T>
+void cow_List<T>::FitTable(int slots) {
+    using cow_list_detail::TableHead;
+    TableHead* const head = TableHead::Of(m_table);
+    const int room = cow_list_detail::TableRoom(slots);
+    if (slots <= head->m_room && head->m_room / 2 <= room) return;
+    const int before = head->m_before;
+    void* const memory = mem_Realloc(head->Memory(), TableHead::Bytes(before + room));
+    m_table = reinterpret_cast<Block**>(TableHead::Start(memory, before, room));
 }
 
 // The slots of a table that Resize(n) leaves.
@@ -500,42 +610,56 @@ void cow_List<T>::Grow(std::int64_t n) {
         m_table[slot] = nullptr;
     }
     if (slots == 0) {
-        mem_Free(m_table);
+        FreeTable(m_table);
         m_table = nullptr;
     } else if (!m_table) {
         m_table = NewTable(slots);
     } else {
-        if (TableBytes(slots) != TableBytes(m_tableSlots))
-            m_table = static_cast<Block**>(mem_Realloc(m_table, TableBytes(slots)));
+        FitTable(slots);
         if (slots > m_tableSlots)
             std::fill_n(m_table + m_tableSlots, slots - m_tableSlots, nullptr);
     }
     m_tableSlots = slots;
 }
 
-// The memory for the table that Truncate(n) leaves, null if it can stay where it is.
+// For Truncate(n) on a private table.
 template <class T>
-cow_ListBlock<T>** cow_List<T>::TableFor(int n) const {
-    const int slots = SlotsFor(n);
-    return TableBytes(slots) == TableBytes(m_tableSlots) ? nullptr : NewTable(slots);
+cow_ListCut<T> cow_List<T>::PrepareCut(int n) const {
+    using cow_list_detail::TableHead;
+    cow_ListCut<T> cut;
+    if (const int slots = SlotsFor(n); slots != 0) {
+        const int room = cow_list_detail::TableRoom(slots);
+        if (!m_table || TableHead::Of(m_table)->m_room / 2 > room)
+            cut.m_memory.reset(mem_Malloc(TableHead::Bytes(room)));
+    }
+    if constexpr (cow_list_detail::kBlanksRemoved<T>) {
+        const int end = m_offset + n;
+        if (n > 0 && (end & ((1 << m_blockShift) - 1)) != 0 &&
+            m_table[end >> m_blockShift]->m_count == 1)
+            cut.m_blank.emplace();
+    }
+    return cut;
 }
 
-// Resize where elements go, on a private table. Takes ownership of `table`. Throws only if the new
-// last block is shared and cut, and then nothing has changed.
+// Resize where elements go, on a private table. Throws only if the new last block is shared and
+// cut, and then nothing has changed.
 template <class T>
-void cow_List<T>::Truncate(int n, Block** table) {
-    std::unique_ptr<Block*, cow_FreeBlock> guard(table);
+void cow_List<T>::Truncate(int n, cow_ListCut<T>& cut) {
+    using cow_list_detail::TableHead;
     const int slots = SlotsFor(n);
+    const std::int64_t blockSize = std::int64_t{1} << m_blockShift;
     const std::int64_t end = std::int64_t{m_offset} + n;
-    const int used =
-        n == 0 ? 0
-               : static_cast<int>((end + (std::int64_t{1} << m_blockShift) - 1) >> m_blockShift);
-    if (used > 0) {
+    const int used = n == 0 ? 0 : static_cast<int>((end + blockSize - 1) >> m_blockShift);
+    const std::int64_t left = (std::int64_t{used} << m_blockShift) - end;  // of the last block
+    if (used > 0 && left > 0) {
         Block*& last = m_table[used - 1];
-        if (last->m_count > 1 && end < std::int64_t{used} << m_blockShift) {
+        if (last->m_count > 1) {
             Block* const copy = CopyOfBlock(used - 1, n);
             --last->m_count;
             last = copy;
+        } else if constexpr (cow_list_detail::kBlanksRemoved<T>) {
+            std::fill_n(last->m_data + (blockSize - left),
+                        std::min<std::int64_t>(left, m_length - n), *cut.m_blank);
         }
     }
     for (int slot = used; slot < m_tableSlots; ++slot) {
@@ -547,12 +671,16 @@ void cow_List<T>::Truncate(int n, Block** table) {
         m_offset = 0;
         m_blockShift = 4;
     }
-    if (TableBytes(slots) != TableBytes(m_tableSlots)) {
+    if (slots == 0) {
+        FreeTable(m_table);
+        m_table = nullptr;
+    } else if (cut.m_memory) {
+        Block** const table = reinterpret_cast<Block**>(
+            TableHead::Start(cut.m_memory.release(), 0, cow_list_detail::TableRoom(slots)));
         std::copy_n(m_table, std::min(slots, m_tableSlots), table);
-        mem_Free(m_table);
-        m_table = guard.release();
-    } else if (slots > m_tableSlots) {
-        std::fill_n(m_table + m_tableSlots, slots - m_tableSlots, nullptr);
+        FreeTable(m_table);
+        m_table = table;
     }
+    if (slots > m_tableSlots) std::fill_n(m_table + m_tableSlots, slots - m_tableSlots, nullptr);
     m_tableSlots = slots;
 }

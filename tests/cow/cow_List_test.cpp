@@ -65,6 +65,7 @@ TEST(List, TableTakesTheRequiredShapes) {
         {Sized(300).Append(1), "16 shift 5 offset 0: 0"},
         {Sized(300).Append(1).Resize(0), "0 shift 4 offset 0:"},
         {Sized(300).Prepend(1), "26 shift 5 offset 831: 25"},
+        {Sized(300).Prepend(1).Sort(), "26 shift 5 offset 831: 25"},
         {Sized(300).Prepend(1).Prepend(2).Resize(1), "32 shift 5 offset 830: 25"},
         {Sized(300).Concatenate(List()), "0 shift 4 offset 0:"},
         {List().Resize(10), "16 shift 4 offset 0:"},
@@ -86,6 +87,9 @@ TEST(List, PrependsFillTheBlocksInFrontOfAFullTable) {
     EXPECT_EQ(shape(list), "32 shift 4 offset 0: 0 1 2 ");
     EXPECT_EQ(shape(list.Prepend(-257)), "48 shift 4 offset 255: 15 1");
     EXPECT_EQ(list, Counting(513, -257));
+    for (int i = -258; i >= -9000; --i) list.Prepend(i);
+    EXPECT_EQ(list.Append(256), Counting(9257, -9000));
+    EXPECT_EQ(List(list).Resize(100).Prepend(-9001), Counting(101, -9001));
 }
 
 TEST(List, WritesCopyTheTableAndTheBlocksTheyChange) {
@@ -98,7 +102,26 @@ TEST(List, WritesCopyTheTableAndTheBlocksTheyChange) {
     EXPECT_EQ(kzm_ListView::Of(copy), "16 shift 4 offset 0: 0*2 1*2 2*2 3 4*2 5*2 6*2");
     EXPECT_EQ(kzm_ListView::Of(cut.Resize(10)), "16 shift 4 offset 0: 0");
     EXPECT_EQ(kzm_ListView::Of(whole.Resize(16)), "16 shift 4 offset 0: 0*3");
+    const int* const own = &copy.ConstGet(50);
+    EXPECT_EQ(kzm_ListView::Of(copy.Fill(100, 1)), "16 shift 4 offset 0: 0 1 2 3 4 5 6");
+    EXPECT_TRUE(&copy.ConstGet(50) == own && copy == List().Fill(100, 1));
     EXPECT_EQ(original, Counting(100));
+}
+
+TEST(List, RemovedElementsAreSharedNoMore) {
+    using Names = cow_List<cow_String>;
+    void (*const removals[])(Names&) = {
+        [](Names& l) { l.Pop(); }, [](Names& l) { l.RemoveIndex(1); },
+        [](Names& l) { l.Resize(1); }, [](Names& l) { l.SetFromArray(&l.ConstGet(0), 1); }};
+    for (const auto& remove : removals) {
+        Names names("a", "b", "c");
+        cow_String removed = names.ConstGet(&remove == removals + 1 ? 1 : 2);
+        remove(names);
+        host_heap::Watch();
+        removed[0] = 'x';
+        EXPECT_EQ(host_heap::g_probe.requests, 0) << &remove - removals;
+        host_heap::Unwatch();
+    }
 }
 
 template <class T>
