@@ -76,9 +76,10 @@ public:
     using iterator = const T*;
 
     cow_2DArray(int rows, int cols, const T& v) : m_rep(NewRep(rows, cols, v)) {}  // < 0 as 0
-    cow_2DArray(const cow_2DArray& other) : m_rep(other.m_rep) {}
-    cow_2DArray(cow_2DArray&& other) : m_rep(other.m_rep) {}  // shares: other stays a value
-    cow_2DArray& operator=(const cow_2DArray& other) {
+    cow_2DArray(const cow_2DArray& other) noexcept : m_rep(other.m_rep) {}
+    cow_2DArray(cow_2DArray&& other) noexcept
+        : m_rep(other.m_rep) {}  // shares: other stays a value
+    cow_2DArray& operator=(const cow_2DArray& other) noexcept {
         m_rep = other.m_rep;
         return *this;
     }

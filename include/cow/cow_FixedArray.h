@@ -77,9 +77,10 @@ public:
         : m_rep(NewRep(CountOf(first, last))) {
         std::copy(first, last, m_rep.Get().Data());
     }
-    cow_FixedArray(const cow_FixedArray& other) : m_rep(other.m_rep) {}
-    cow_FixedArray(cow_FixedArray&& other) : m_rep(other.m_rep) {}  // shares: other stays a value
-    cow_FixedArray& operator=(const cow_FixedArray& other) {
+    cow_FixedArray(const cow_FixedArray& other) noexcept : m_rep(other.m_rep) {}
+    // Shares: other stays a value.
+    cow_FixedArray(cow_FixedArray&& other) noexcept : m_rep(other.m_rep) {}
+    cow_FixedArray& operator=(const cow_FixedArray& other) noexcept {
         m_rep = other.m_rep;
         return *this;
     }

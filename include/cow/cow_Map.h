@@ -86,7 +86,7 @@ public:
     }
 
     // Safe also if `other` is a value inside this map.
-    cow_Map& operator=(const cow_Map& other) {
+    cow_Map& operator=(const cow_Map& other) noexcept {
         const std::int32_t size = other.m_size;
         m_root = other.m_root;
         m_size = size;

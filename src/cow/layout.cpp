@@ -43,12 +43,14 @@ struct kzm_Layout {
     using FixedRep = cow_FixedArrayRep<int>;
     static_assert(offsetof(FixedRep, m_size) == 0);
     static_assert(offsetof(FixedRep, m_data) == sizeof(void*));
+    static_assert(sizeof(FixedRep) == 2 * sizeof(void*));
     static_assert(sizeof(cow_FixedArray<int>) == sizeof(Holder));
 
     using PlaneRep = cow_2DArrayRep<int>;
     static_assert(offsetof(PlaneRep, m_rows) == 0);
     static_assert(offsetof(PlaneRep, m_cols) == 4);
     static_assert(offsetof(PlaneRep, m_data) == 8);
+    static_assert(sizeof(PlaneRep) == 8 + sizeof(void*));
     static_assert(sizeof(cow_2DArray<int>) == sizeof(Holder));
 
     static_assert(sizeof(cow_IntTableInt) == sizeof(Holder));
