@@ -47,10 +47,18 @@ bool cow_Map<K, V>::Insert(const K& key, const V& value) {
 
 template <class K, class V>
 bool cow_Map<K, V>::Remove(const K& key) {
-    if (!IsMember(key)) return false;
     Handle* place = &m_root;
-    for (int bit = 0; !(place->GetRef().key == key); ++bit)
-        place = &place->Get().Child(cow_MapBit(key, bit));
+    bool shared = false;  // some node above
+    for (int bit = 0; place->HasValue() && !(place->GetRef().key == key); ++bit) {
+        shared = shared || !place->Exclusive();
+        place = &place->GetPtr()->Child(cow_MapBit(key, bit));
+    }
+    if (place->IsNull()) return false;
+    if (shared) {
+        place = &m_root;
+        for (int bit = 0; !(place->GetRef().key == key); ++bit)
+            place = &place->Get().Child(cow_MapBit(key, bit));
+    }
     if constexpr (std::is_nothrow_copy_assignable_v<K> && std::is_nothrow_copy_assignable_v<V>)
         PullUp(*place);
     else

@@ -5,27 +5,34 @@
 #include <cstdlib>
 
 template <class K, class V>
+cow_ConstMapSortedIt<K, V>::cow_ConstMapSortedIt(const cow_Map<K, V>& map)
+    : m_map(map), m_nodes(nullptr), m_position(0) {
+    CollectNodes();
+    std::sort(m_nodes, m_nodes + Nodes(),
+              [](const Node* a, const Node* b) { return a->key < b->key; });
+}
+
+// A comparison of the caller's need not be consistent, which std::sort would not survive.
+template <class K, class V>
 cow_ConstMapSortedIt<K, V>::cow_ConstMapSortedIt(const cow_Map<K, V>& map, Comparison comparison)
     : m_map(map), m_nodes(nullptr), m_position(0) {
-    if (map.IsEmpty()) return;
-    const std::size_t count = static_cast<std::size_t>(map.Size());
+    CollectNodes();
+    if (m_nodes) std::qsort(m_nodes, static_cast<std::size_t>(Nodes()), sizeof(Node*), comparison);
+}
+
+template <class K, class V>
+void cow_ConstMapSortedIt<K, V>::CollectNodes() {
+    if (m_map.IsEmpty()) return;
+    const std::size_t count = static_cast<std::size_t>(Nodes());
     if (count > static_cast<std::size_t>(-1) / sizeof(Node*)) throw std::bad_alloc();
     m_nodes = static_cast<const Node**>(mem_Malloc(count * sizeof(Node*)));
     try {
         const Node** place = m_nodes;
-        for (auto walk = map.begin(); !walk.IsDone(); ++walk) *place++ = walk.CurrentNode();
+        for (auto walk = m_map.begin(); !walk.IsDone(); ++walk) *place++ = walk.CurrentNode();
     } catch (...) {
         mem_Free(m_nodes);
         throw;
     }
-    if (comparison == AscSortCmp)
-        std::sort(m_nodes, m_nodes + count,
-                  [](const Node* a, const Node* b) { return a->key < b->key; });
-    else if (comparison == DescSortCmp)
-        std::sort(m_nodes, m_nodes + count,
-                  [](const Node* a, const Node* b) { return b->key < a->key; });
-    else
-        std::qsort(m_nodes, count, sizeof(Node*), comparison);
 }
 
 template <class K, class V>

@@ -441,6 +441,7 @@ int ByLastDigit(const void* a, const void* b) {
 TEST(Map, IteratorsWalkTheMapAsItWasSortedAsAsked) {
     static_assert(std::forward_iterator<Map::const_iterator>);
     using Sorted = cow_ConstMapSortedIt<int, int>;
+    static_assert(std::forward_iterator<Sorted::const_iterator>);
     const auto keys = [](auto&& it) {
         std::string text;
         for (; !it.IsDone(); it.Next()) text += testing::PrintToString(it.CurrentKey()) + " ";
