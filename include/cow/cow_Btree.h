@@ -21,6 +21,19 @@ template <class T>
 requires std::is_arithmetic_v<T>
 int BtreeCompare(T a, T b) { return b > a ? 1 : a > b ? -1 : 0; }
 
+// The same for the length of a descent, with one look at the switch of natural order.
+template <class K>
+struct cow_BtreeOrder {
+    int operator()(const K& a, const K& b) const { return BtreeCompare(a, b); }
+};
+template <std::derived_from<atr_StringBase> K>
+struct cow_BtreeOrder<K> {
+    int operator()(const K& a, const K& b) const {
+        return m_natural ? strnatcmp(b.CStr(), a.CStr()) : b.Compare(a);
+    }
+    const bool m_natural = atr_getNaturalOrder() != 0;
+};
+
 template <class K, class V>
 class cow_BtreeWay;
 
@@ -51,9 +64,10 @@ public:
 
     // The key's value in this node or below, null if it is absent.
     const V* ConstFind(const K& k) const {
+        const cow_BtreeOrder<K> compare;
         const cow_BtreeNode* node = this;
         do {
-            const int order = Compare(node->key, k);
+            const int order = compare(node->key, k);
             if (order == 0) return &node->value;
             node = order > 0 ? node->Right() : node->Left();
         } while (node);
@@ -70,7 +84,8 @@ public:
 
     // Takes this node out from above its children. Returns the handle, owned by the caller, that
     // must stand in its place: the in-order successor with this node's children, or the left child
-    // where there is no right one, or null. Puts the nodes whose depths are stale on `way`.
+    // where there is no right one, or null. Puts the nodes whose depths are stale on `way`; the
+    // class of that is in cow_Btree.impl.h, which a caller includes.
     Handle* RemoveNode(cow_BtreeWay<K, V>& way);
 
     // `self` is the handle that points at this node. If the depths of the children differ by more
@@ -90,6 +105,11 @@ private:
 
     int LeftHeight() const { return m_left ? m_left->GetPtr()->m_depth : 0; }
     int RightHeight() const { return m_right ? m_right->GetPtr()->m_depth : 0; }
+    bool UpdateDepth() {  // true where the node needs no balance
+        const int left = LeftHeight(), right = RightHeight();
+        m_depth = m_left || m_right ? 1 + std::max(left, right) : 0;
+        return right - left <= 1 && left - right <= 1;
+    }
 
     Handle* m_left;   // owned; null or with a node
     Handle* m_right;  // owned; null or with a node
@@ -144,6 +164,8 @@ public:
     static int Compare(const K& a, const K& b) { return Node::Compare(a, b); }
 
     // What absent keys yield, V(): one object per thread and type, valid until the library stops.
+    // A copy of it shares with it and so stays in this thread, though it comes from no tree: for
+    // another thread make a V() there.
     static const V& GetNullValue();
 
     bool IsEmpty() const { return m_root.IsNull(); }

@@ -19,8 +19,9 @@ public:
     // Goes down to the key. Null if it is there, the way then ending at its node; else the empty
     // link where it belongs.
     Handle** Descend(const K& key) {
+        const cow_BtreeOrder<K> compare;
         for (Node* node = m_top;;) {
-            const int order = Node::Compare(node->key, key);
+            const int order = compare(node->key, key);
             if (order == 0) return nullptr;
             Handle** const link = order > 0 ? &node->m_right : &node->m_left;
             m_links.Push(link);
@@ -57,10 +58,12 @@ public:
         try {
             for (;; --level) {
                 Node& node = NodeAt(level);
-                node.SetMaxDepth();
+                const bool isBalanced = node.UpdateDepth();
                 if (level == 0) return;
+                if (isBalanced) [[likely]]
+                    continue;
                 Handle*& link = *m_links[level - 1];
-                if (Handle* const turnedUp = node.Balance(link)) link = turnedUp;
+                link = node.Balance(link);
             }
         } catch (...) {
             while (level-- > 0) NodeAt(level).SetMaxDepth();
@@ -148,8 +151,9 @@ cow_BtreeNode<K, V>::~cow_BtreeNode() {
 
 template <class K, class V>
 V* cow_BtreeNode<K, V>::Find(const K& k) {
+    const cow_BtreeOrder<K> compare;
     for (cow_BtreeNode* node = this;;) {
-        const int order = Compare(node->key, k);
+        const int order = compare(node->key, k);
         if (order == 0) return &node->value;
         Handle* const next = order > 0 ? node->m_right : node->m_left;
         if (!next) return nullptr;
@@ -212,22 +216,22 @@ typename cow_BtreeNode<K, V>::Handle* cow_BtreeNode<K, V>::Balance(Handle* self)
         cow_BtreeNode& node = top->Get();
         m_right = node.m_left;
         node.m_left = self;
-        SetMaxDepth();
-        node.SetMaxDepth();
+        UpdateDepth();
+        node.UpdateDepth();
     } else if (lean < -1) {
         top = m_left;
         cow_BtreeNode& node = top->Get();
         m_left = node.m_right;
         node.m_right = self;
-        SetMaxDepth();
-        node.SetMaxDepth();
+        UpdateDepth();
+        node.UpdateDepth();
     }
     return top;
 }
 
 template <class K, class V>
 void cow_BtreeNode<K, V>::SetMaxDepth() {
-    m_depth = m_left || m_right ? 1 + std::max(LeftHeight(), RightHeight()) : 0;
+    UpdateDepth();
 }
 
 template <class K, class V>

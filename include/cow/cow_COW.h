@@ -40,9 +40,18 @@ public:
     // For writing: detaches first. Must not be called on a shared handle without a value. If the
     // copy cannot be made, the handle stays shared as it was.
     T& Get() {
-        if (!this->Exclusive()) Base::operator=(Policy::Copy(*this->GetPtr()));
+        if (!this->Exclusive()) [[unlikely]]
+            Detach();
         return *this->GetPtr();
     }
 
     const T& ConstGet() const { return *this->GetPtr(); }
+
+private:
+    void Detach();  // out of line, so that Get is not
 };
+
+template <class T, class Policy>
+void cow_COW<T, Policy>::Detach() {
+    Base::operator=(Policy::Copy(*this->GetPtr()));
+}

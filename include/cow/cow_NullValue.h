@@ -6,7 +6,8 @@
 #include <new>
 
 // Bookkeeping of the null values that cow_Btree hands out. They are counted values, so each thread
-// has its own; they live until the library stops.
+// has its own. They live until the library stops, those of ended threads too: a reference to one
+// may have been handed on. A copy of one shares with it and so belongs to its thread, as copies do.
 struct cow_NullValueLink {
     cow_NullValueLink* m_next;
     void (*m_destroy)(cow_NullValueLink*);
