@@ -51,24 +51,27 @@ class KZMBasTree : private KZMBasTreeLinks {
 public:
     // A place in the tree, ended by the removal of its entry. Walk with
     //     for (auto it = tree.First(); it; it = it.Next()) Use(it.Key(), it.Value());
-    class Iterator {
+    template <class Seen>
+    class Place {
     public:
-        Iterator() = default;
+        Place() = default;
         explicit operator bool() const { return m_node != nullptr; }
         const K& Key() const { return m_node->m_key; }
-        V& Value() const { return m_node->m_value; }
-        Iterator Next() const { return Iterator(Neighbour(m_node, 1)); }
-        Iterator Previous() const { return Iterator(Neighbour(m_node, 0)); }
+        Seen& Value() const { return m_node->m_value; }
+        Place Next() const { return Place(Neighbour(m_node, 1)); }
+        Place Previous() const { return Place(Neighbour(m_node, 0)); }
 
     private:
         friend class KZMBasTree;
-        explicit Iterator(Link* link) : m_node(static_cast<Node*>(link)) {}
+        explicit Place(Link* link) : m_node(static_cast<Node*>(link)) {}
         Node* m_node = nullptr;
     };
+    using Iterator = Place<V>;
+    using ConstIterator = Place<const V>;
 
     KZMBasTree() = default;
     KZMBasTree(const KZMBasTree& other) : KZMBasTree() {
-        for (Iterator it = other.First(); it; it = it.Next()) Add(it.Key(), it.Value());
+        for (ConstIterator it = other.First(); it; it = it.Next()) Add(it.Key(), it.Value());
     }
     KZMBasTree& operator=(KZMBasTree other) noexcept {
         std::swap(m_root, other.m_root);
@@ -79,31 +82,32 @@ public:
 
     int Size() const { return m_size; }
     bool IsEmpty() const { return m_size == 0; }
-    Iterator First() const { return Iterator(Outermost(0)); }
-    Iterator Last() const { return Iterator(Outermost(1)); }
+    Iterator First() { return Iterator(Outermost(0)); }
+    Iterator Last() { return Iterator(Outermost(1)); }
+    Iterator Find(const K& key) { return Iterator(Locate(key).m_found); }
+    Iterator LowerBound(const K& key) { return Iterator(NotLess(key)); }  // the first such key
 
-    Iterator Find(const K& key) const {
-        const Place place = Locate(key);
-        return Iterator(place.m_found);
-    }
-    Iterator LowerBound(const K& key) const;  // the first key that is not less
+    ConstIterator First() const { return ConstIterator(Outermost(0)); }
+    ConstIterator Last() const { return ConstIterator(Outermost(1)); }
+    ConstIterator Find(const K& key) const { return ConstIterator(Locate(key).m_found); }
+    ConstIterator LowerBound(const K& key) const { return ConstIterator(NotLess(key)); }
 
     // False if the key is there already; its value then stays.
     bool Add(const K& key, const V& value) {
-        const Place place = Locate(key);
+        const Spot place = Locate(key);
         if (place.m_found) return false;
         AttachNew(place, key, value);
         return true;
     }
     void Set(const K& key, const V& value) {
-        const Place place = Locate(key);
+        const Spot place = Locate(key);
         if (place.m_found)
             place.m_found->m_value = value;
         else
             AttachNew(place, key, value);
     }
     V& operator[](const K& key) {  // adds V() if the key is absent
-        const Place place = Locate(key);
+        const Spot place = Locate(key);
         return (place.m_found ? place.m_found : AttachNew(place, key, V()))->m_value;
     }
 
@@ -119,14 +123,14 @@ public:
     void Clear();
 
 private:
-    struct Place {
+    struct Spot {
         Node* m_found;
         Link* m_parent;
         int m_side;
     };
 
-    Place Locate(const K& key) const {
-        Place place{nullptr, nullptr, 0};
+    Spot Locate(const K& key) const {
+        Spot place{nullptr, nullptr, 0};
         for (Link* at = m_root; at; at = at->m_child[place.m_side]) {
             Node* const node = static_cast<Node*>(at);
             place.m_parent = at;
@@ -139,7 +143,8 @@ private:
         }
         return place;
     }
-    Node* AttachNew(const Place& place, const K& key, const V& value) {
+    Link* NotLess(const K& key) const;
+    Node* AttachNew(const Spot& place, const K& key, const V& value) {
         void* const memory = TakeNode(sizeof(Node));
         Node* node;
         try {
@@ -158,12 +163,11 @@ private:
 };
 
 template <class K, class V, class Less>
-typename KZMBasTree<K, V, Less>::Iterator KZMBasTree<K, V, Less>::LowerBound(const K& key) const {
-    Iterator best;
+KZMBasTreeLinks::Link* KZMBasTree<K, V, Less>::NotLess(const K& key) const {
+    Link* best = nullptr;
     for (Link* at = m_root; at;) {
-        Node* const node = static_cast<Node*>(at);
-        const bool less = Less()(node->m_key, key);
-        if (!less) best = Iterator(at);
+        const bool less = Less()(static_cast<Node*>(at)->m_key, key);
+        if (!less) best = at;
         at = at->m_child[less ? 1 : 0];
     }
     return best;

@@ -1,6 +1,7 @@
 #pragma once
 #include <kzm_export.h>
 
+#include <concepts>
 #include <cstddef>
 #include <functional>
 #include <new>
@@ -34,7 +35,10 @@ class KZMBasVector : private KZMBasVectorStorage {
 public:
     KZMBasVector() = default;
     explicit KZMBasVector(int size, const T& value = T()) : KZMBasVector() { Resize(size, value); }
-    KZMBasVector(const T* values, int n) : KZMBasVector() { Append(values, n); }
+    template <std::same_as<T> U>  // so that 0 is a size and never a null address
+    KZMBasVector(const U* values, int n) : KZMBasVector() {
+        Append(values, n);
+    }
     KZMBasVector(const KZMBasVector& other) : KZMBasVector() { Append(other.Data(), other.Size()); }
     KZMBasVector(KZMBasVector&& other) noexcept : KZMBasVector() { Swap(other); }
     KZMBasVector& operator=(KZMBasVector other) noexcept {
