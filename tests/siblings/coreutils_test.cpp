@@ -30,7 +30,7 @@ TEST(Format, ArgumentsKeepTheirTypeAndDirectivesWithoutOneStay) {
         {atr_format("%d%%, %lld %%s", "text", LLONG_MIN), "text%, -9223372036854775808 %s"},
         {atr_format("%u %c %g %f %i", ULLONG_MAX, 'x', 0.1F, 0.1, true),
          "18446744073709551615 x 0.1 0.1 true"},
-        {atr_format("%dmm", 5), "5mm"},
+        {atr_format("%dmm %g", 5, 0.5L), "5mm 0.5"},
         {atr_format("%p", reinterpret_cast<const void*>(0xBAD1)), "0xbad1"},
         {atr_format("<%s>", static_cast<const char*>(nullptr)), "<>"},
         {atr_format("%s", atr_String("%s%n")), "%s%n"},
@@ -40,6 +40,9 @@ TEST(Format, ArgumentsKeepTheirTypeAndDirectivesWithoutOneStay) {
         {atr_format("%h", 1), "%h"},
         {atr_format(nullptr, 1), ""}};
     for (const auto& [formatted, expected] : cases) EXPECT_EQ(formatted, expected);
+    testing::internal::CaptureStdout();
+    atr_print(stdout, "%s.", std::string_view("a\0b", 3));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::string("a\0b.", 4));
 }
 
 TEST(Format, OnlyTextsForTheUserAreTranslated) {
@@ -60,6 +63,7 @@ TEST(OutputStream, WidthHoldsForOneItemAndPadsOnTheLeft) {
     EXPECT_EQ(text, "   abcd -1218446744073709551615\nlong|                   x2.5");
     EXPECT_EQ(os.flush_count(), 2U);
     EXPECT_TRUE(os.good());
+    EXPECT_FALSE(aio_ostream(static_cast<std::FILE*>(nullptr)).print("lost").good());
 }
 
 }  // namespace

@@ -3,7 +3,8 @@
 
 // The operating system's error texts; one file a system defines both.
 namespace system_text {
-// UTF-8, terminated, cut between characters where it does not fit; "" for an unknown number.
+// In the process's narrow encoding, terminated, cut between characters where it does not fit; ""
+// for an unknown number.
 void Describe(int number, char* text, std::size_t size);
 int LastNumber();
 }  // namespace system_text

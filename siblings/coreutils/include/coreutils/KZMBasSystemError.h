@@ -10,8 +10,8 @@ public:
     // The calling thread's last error; call it right after what failed.
     static KZMBasSystemError Last();
 
-    // One line, UTF-8 on Windows and in the encoding of the locale elsewhere, without a line end;
-    // never null and never empty.
+    // One line in the current code page on Windows and the encoding of the locale elsewhere,
+    // without a line end; never null and never empty.
     const char* AsString() const { return m_text; }
     int Number() const { return m_number; }
 

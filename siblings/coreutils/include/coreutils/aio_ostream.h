@@ -12,8 +12,10 @@
 // on its left; longer items are written whole.
 class KZM_API aio_ostream {
 public:
-    explicit aio_ostream(std::FILE* file) : m_file(file), m_collected(nullptr) {}
-    explicit aio_ostream(std::string& collected) : m_file(nullptr), m_collected(&collected) {}
+    // A null file takes nothing; such a stream is not good from the start.
+    explicit aio_ostream(std::FILE* file) : m_file(file), m_collected(nullptr), m_good(file) {}
+    explicit aio_ostream(std::string& collected)
+        : m_file(nullptr), m_collected(&collected), m_good(true) {}
     aio_ostream(const aio_ostream&) = delete;
     aio_ostream& operator=(const aio_ostream&) = delete;
 
@@ -38,7 +40,7 @@ private:
     std::string* m_collected;
     int m_width = 0;
     unsigned m_flushCount = 0;
-    bool m_good = true;
+    bool m_good;
 };
 
 inline aio_ostream& aio_setwidth(aio_ostream& os, int width) { return os.aio_setwidth(width); }

@@ -34,6 +34,7 @@ public:
     atr_FormatArg(std::nullptr_t) { SetText(""); }
     atr_FormatArg(float value) : m_kind(Kind::kFloat), m_float(value) {}
     atr_FormatArg(double value) : m_kind(Kind::kDouble), m_double(value) {}
+    atr_FormatArg(long double value) : atr_FormatArg(static_cast<double>(value)) {}
     atr_FormatArg(const char* text) { SetText(atr_StringBase::OrEmpty(text)); }
     atr_FormatArg(std::string_view text) { SetText(text); }
     atr_FormatArg(const atr_StringBase& text) { SetText(text); }
