@@ -18,15 +18,15 @@ KZM_API KZMBasCamPool* KZMBasSrmGetPoolNOOP(srm_ResourceEnums resource);
 // pool; see docs/startup.md. Without one, summaries print a fixed line on standard output.
 class KZM_API KZMBasSrmForwarder {
 public:
+    KZMBasSrmForwarder() = default;
+    ~KZMBasSrmForwarder() = default;
+
     static KZMBasCamPool* GetPool(srm_ResourceEnums resource);
     static void MemorySummary();
     static void MemorySummary(const char* phase);
     static void Initialize();  // does nothing
 
 protected:
-    KZMBasSrmForwarder() = default;
-    ~KZMBasSrmForwarder() = default;
-
     // For all threads, while one is active. Null is not allowed.
     using GetPoolFunction = KZMBasCamPool* (*)(srm_ResourceEnums resource);
     using SummaryFunction = void (*)();

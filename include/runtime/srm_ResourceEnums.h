@@ -5,5 +5,5 @@
 enum srm_ResourceEnums : int {
     srm_FirstResource = 0,
     srm_LastResource = 64,
-    srm_ResourceCount = 65,
 };
+constexpr int srm_ResourceCount = srm_LastResource + 1;

@@ -21,6 +21,9 @@ struct kzm_Layout {
     static_assert(offsetof(KZMBasUtlSystemError, m_systemError) ==
                   offsetof(KZMBasUtlSystemError, m_serviceName) + sizeof(void*));
     static_assert(sizeof(KZMBasUtlReadError) == sizeof(KZMBasUtlWriteError));
-    static_assert(sizeof(void*) != 4 || kBase == 12);
-    static_assert(sizeof(void*) != 4 || sizeof(KZMBasUtlSystemErrorException) == 20);
+    static constexpr bool k32Bit = sizeof(void*) == 4;
+    static_assert(kBase == (k32Bit ? 12 : 24));
+    static_assert(sizeof(KZMBasUtlReadError) == (k32Bit ? 268 : 280));
+    static_assert(sizeof(KZMBasUtlSystemError) == (k32Bit ? 272 : 288));
+    static_assert(sizeof(KZMBasUtlSystemErrorException) == (k32Bit ? 20 : 32));
 };

@@ -28,11 +28,17 @@ struct kzm_Layout {
     using Trav = omi_BlkBitVectTrav;
     static_assert(offsetof(Trav, m_slotCount) == sizeof(void*));
     static_assert(offsetof(Trav, m_table) == sizeof(void*) + 16);
+    static_assert(offsetof(Trav, m_blockSize) == sizeof(void*) + 4);
+    static_assert(offsetof(Trav, m_blockShift) == sizeof(void*) + 8);
+    static_assert(offsetof(Trav, m_blockMask) == sizeof(void*) + 12);
     static_assert(offsetof(Trav, m_bitsPerBlock) == 2 * sizeof(void*) + 16);
-    static_assert(offsetof(Trav, m_slot) < offsetof(Trav, m_word));
-    static_assert(offsetof(Trav, m_word) < offsetof(Trav, m_firstWord));
-    static_assert(offsetof(Trav, m_endWord) < offsetof(Trav, m_mask));
-    static_assert(offsetof(Trav, m_mask) < offsetof(Trav, m_index));
+    static_assert(offsetof(Trav, m_slot) == 2 * sizeof(void*) + 20);
+    static_assert(offsetof(Trav, m_word) == 2 * sizeof(void*) + 24);
+    static_assert(offsetof(Trav, m_firstWord) == 3 * sizeof(void*) + 24);
+    static_assert(offsetof(Trav, m_endWord) == 4 * sizeof(void*) + 24);
+    static_assert(offsetof(Trav, m_mask) == 5 * sizeof(void*) + 24);
+    static_assert(offsetof(Trav, m_index) == 5 * sizeof(void*) + 28);
+    static_assert(sizeof(Trav) == 5 * sizeof(void*) + 32);
 
     using Table = omi_UintTable<int, KZMBasOmiDefaultAllocator>;
     static_assert(offsetof(Table, m_table) == sizeof(void*));

@@ -3,7 +3,6 @@
 #include <runtime/KZMBasAtiGlobalSingleton.h>
 #include <runtime/omi_Singleton.h>
 #include <support/expect_abort.h>
-#include <support/memory_failure.h>
 #include <support/registry_record.h>
 
 #include <atomic>
@@ -25,6 +24,10 @@ void* Listed() {
 
 struct Settings : omi_SingletonBase<Settings> {
     static inline std::string s_seenWhileDying;
+    static inline bool s_refuse = true;
+    Settings() {
+        if (s_refuse) throw std::runtime_error("refused");
+    }
     virtual ~Settings() {  // virtual: the base is constructed before there is a dynamic type
         s_seenWhileDying = &omi_Singleton<Settings>::Instance() == this ? "itself" : "another";
     }
@@ -32,6 +35,9 @@ struct Settings : omi_SingletonBase<Settings> {
 };
 
 TEST(Singleton, IsMadeOnceListedWhileItLivesAndMadeAnew) {
+    EXPECT_THROW(omi_Singleton<Settings>::Instance(), std::runtime_error);
+    EXPECT_EQ(Listed<Settings>(), nullptr);
+    Settings::s_refuse = false;
     RegistryRecord record;
     Settings* const first = &omi_Singleton<Settings>::Instance();
     EXPECT_EQ(first, &omi_Singleton<Settings>::Instance());
@@ -109,15 +115,23 @@ TEST_F(GlobalSingleton, ThreadsThatRaceForItGetOneObjectAndItsLock) {
     EXPECT_EQ(Shared::Instance().value, 8000);
 }
 
-TEST_F(GlobalSingleton, EveryAttemptAsksForAMutexAndTheFirstOneServes) {
+// One attempt more asks for a mutex although the class has one; what it gets is not needed.
+TEST_F(GlobalSingleton, EachAttemptAsksForAMutexAndWithoutOneTheFatalRoutineIsTold) {
+    static std::string report;
+    KZMBasSetFatalErrorHandler([](const char* message, const char* a, const char* b, const char* c,
+                                  const char* source, int line) {
+        report = std::string(message) + "|" + a + b + c + "|" + source + "|" + std::to_string(line);
+        throw std::runtime_error("fatal");
+    });
     Other::Instance();
+    g_mutexes = false;
+    EXPECT_THROW(Shared::Instance(), std::runtime_error);
+    EXPECT_EQ(report, "AssertionFailed:m_lock != 0||KZMBasAtiGlobalSingleton|69");
     g_mutexRequests = 0;
-    Shared::s_refuse = true;
+    g_mutexes = Shared::s_refuse = true;
     EXPECT_THROW(Shared::Instance(), std::runtime_error);
     EXPECT_EQ(Listed<Shared>(), nullptr);
-    EXPECT_EQ(g_mutexRequests, 1);
-    Shared::s_refuse = false;
-    g_mutexes = false;  // not needed: the first attempt's is kept
+    g_mutexes = Shared::s_refuse = false;
     for (int times = 0; times < 2; ++times) {
         Shared::Instance().Lock();
         Shared::Instance().Unlock();
@@ -127,39 +141,6 @@ TEST_F(GlobalSingleton, EveryAttemptAsksForAMutexAndTheFirstOneServes) {
     Shared::Finalize();  // ends the mutex too
     Shared::Instance();
     EXPECT_EQ(g_mutexRequests, 4);  // its own, and that of the other one it ended and needs again
-}
-
-TEST_F(GlobalSingleton, WithoutAMutexTheFatalRoutineIsTold) {
-    static std::string report;
-    g_mutexes = false;
-    KZMBasSetFatalErrorHandler([](const char* message, const char* a, const char* b, const char* c,
-                                  const char* source, int line) {
-        report = std::string(message) + "|" + a + b + c + "|" + source + "|" + std::to_string(line);
-        throw std::runtime_error("fatal");
-    });
-    EXPECT_THROW(Shared::Instance(), std::runtime_error);
-    EXPECT_EQ(report, "AssertionFailed:m_lock != 0||KZMBasAtiGlobalSingleton|69");
-}
-
-TEST_F(GlobalSingleton, MemoryFailureInCreationLeavesNoneOfEitherForm) {
-    struct Session {
-        ~Session() {
-            omi_SingletonBase<Settings>::Finalize();
-            Shared::Finalize();
-            Other::Finalize();
-        }
-    };
-    ForEveryAllocationFailure(
-        [] { return Session(); },
-        [](auto&) {
-            omi_Singleton<Settings>::Instance();
-            Shared::Instance();
-        },
-        [](auto&, bool made) {
-            const void* const settings = Listed<Settings>();
-            EXPECT_TRUE(!settings || settings == &omi_Singleton<Settings>::Instance());
-            EXPECT_EQ(Listed<Shared>() != nullptr, made);
-        });
 }
 
 }  // namespace

@@ -30,10 +30,6 @@ Text Environment(const char* name) {
     return value ? Text(value) : Text();
 }
 
-// Taken before main, when the library has been loaded already.
-const Text g_ignoreAtLoad = Environment("KVL_IGNORE_FPE");
-const omn_FPEState g_trapsAtLoad = omn_currentFPEState();
-
 bool Running() { return omi_SingletonRegistry::Instance() != nullptr; }
 
 // Loading has started the library; each case begins with it stopped and leaves it started.
@@ -98,9 +94,15 @@ TEST_F(StartStop, SingletonsAreMadeOnUseAndEndInOneOrder) {
     omi_Singleton<KZMBasUtlIOStats>::Instance();
     omi_Singleton<bcu_ResourceMonitor>::Instance();
     omi_Singleton<KZMBasUtlVersion>::Instance();
-    rgx_ReCompileCache::Instance();
+    int compiled = 0;
+    rgx_ReCompileCache::Instance().Store(nullptr, &compiled, nullptr);
+    EXPECT_EQ(rgx_ReCompileCache::Instance().Find(""), &compiled);
     omi_Singleton<omi_AlertListener>::Instance();
-    KZMBasFilStracePhase::Path();
+    {
+        const KZMBasFilStracePhase outer("read"), inner("mesh");
+        EXPECT_EQ(KZMBasFilStracePhase::Path(), "read/mesh");
+    }
+    EXPECT_EQ(KZMBasFilStracePhase::Path(), "");
     record.Take();
     KZMBasShared_finalize(count);
     EXPECT_EQ(record.Take(),
@@ -151,17 +153,6 @@ TEST_F(StartStop, TheEnvironmentIsReadAtEachStart) {
         EXPECT_EQ(KZMBasParallelDebugLevel(), levelRead);
         KZMBasShared_finalize(count);
     }
-}
-
-// A death test of this style runs its statement in a second process of this program.
-TEST(StartStopDeathTest, TheRequestToIgnoreTrapsIsTakenAtLoadAndNotHandedOn) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    if (!g_ignoreAtLoad) platform::SetEnvironment("KVL_IGNORE_FPE", "1");
-    EXPECT_EXIT(
-        std::exit(g_ignoreAtLoad == "0" && g_trapsAtLoad.ignored && g_trapsAtLoad.applied == 1 ? 42
-                                                                                               : 1),
-        testing::ExitedWithCode(42), "");
-    platform::SetEnvironment("KVL_IGNORE_FPE", nullptr);
 }
 
 }  // namespace
