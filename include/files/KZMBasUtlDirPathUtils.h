@@ -3,7 +3,8 @@
 
 class KZMBasUtlFilePath;
 
-// Directory names in host form, whose separator is the backslash on every system. Where the system
+// Directory names in host form, whose separator is the backslash on every system. Their encoding is
+// that of the process's narrow texts (docs/file-paths.md). Where the system
 // has no drives (Linux), its file system is the drive Z: and "/home/a" is "Z:\home\a", as a Windows
 // program sees it there; other drives and network shares do not exist then.
 class KZM_API KZMBasUtlDirPathUtils {
@@ -35,5 +36,6 @@ KZM_API cow_String getdevice();  // the current drive, "C:": the first two chara
 // Replaces one character by another: each occurrence of `from` has its first character overwritten
 // with the first one of `to`, and the search goes on one character behind. Made for texts of one
 // character; of longer ones only the first character changes, so ("XXX", "XX", "Y") gives "YYX".
-// Nothing changes, and a shared text stays shared, if nothing is found or either text is empty.
+// Nothing changes, and a shared text stays shared, if nothing is found or either text is empty: an
+// empty `to` has no character to write, and its zero byte would cut the text.
 KZM_API cow_String& substitute(cow_String& text, const char* from, const char* to);

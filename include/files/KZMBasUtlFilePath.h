@@ -28,7 +28,8 @@ public:
 
     // Replaces the whole value. The directory is made absolute: "" and "." are the current
     // directory, "C:name" is seen from the current directory of that drive. A file that is itself
-    // absolute stands for itself, the directory is then ignored. Asks the system for no more than
+    // absolute stands for itself, the directory is then ignored; "C:name" as the file is no more
+    // than a name, since only directories are seen from a drive. Asks the system for no more than
     // current directories; the file need not exist. A URL or network name as the file is kept
     // without the directory, as the directory it is joined to the file with a slash. A translated
     // network prefix is kept in its plain form.

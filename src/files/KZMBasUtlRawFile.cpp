@@ -21,15 +21,17 @@ constexpr char kSource[] = "KZMBasUtlRawFile.cpp";
 std::unique_ptr<platform::File> Open(const KZMBasUtlFilePath& path, platform::FileMode mode) {
     cow_String name = path.AbsolutePathName();
     if (path.IsUrl() || path.IsRemote() || HasZeroByte(name)) name.Erase();
-    return platform::OpenFile(name.CStr(), mode);
+    std::int32_t error = 0;
+    auto file = platform::OpenFile(name.CStr(), mode, error);
+    if (!file)
+        KZMBasUtlSystemError("CreateFile", KZMBasSystemError(error)).Throw(kSource, __LINE__);
+    return file;
 }
 
 }  // namespace
 
 KZMBasUtlRawFile::KZMBasUtlRawFile(const KZMBasUtlFilePath& path, platform::FileMode mode)
-    : m_file(Open(path, mode)) {
-    if (!m_file) RaiseSystemError("CreateFile", __LINE__);
-}
+    : m_file(Open(path, mode)) {}
 
 KZMBasUtlRawFile::KZMBasUtlRawFile(std::unique_ptr<platform::File> opened)
     : m_file(std::move(opened)) {}

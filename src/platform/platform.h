@@ -6,24 +6,27 @@
 #include <vector>
 
 // Everything the library asks of the operating system. platform_win.cpp and platform_posix.cpp each
-// define all of it.
+// define all of it. Texts are in the encoding of the process's narrow texts, which the C library
+// and main's arguments have: Windows has the current code page, posix passes bytes on as they are.
 namespace platform {
 
 // Null if the variable is not set; the text lasts until the environment changes.
 const char* Environment(const char* name);
 // A null value removes the name. False if the system refuses.
 bool SetEnvironment(const char* name, const char* value);
-// All of it as NAME=value, in the system's order, in the encoding of Multibyte.
+// All of it as NAME=value, in the system's order.
 std::vector<std::string> EnvironmentEntries();
 
 std::int32_t ProcessId();
 std::uint32_t ThreadId();  // of the calling thread, never 0
 
-// The path of the running program in host form, at most 1023 characters. Empty if it is unknown.
+// The path of the running program in host form; Windows has it in UTF-8, where a backslash is never
+// half of a character, and at most 1022 characters of it. Empty if it is unknown.
 std::string ModuleFileName();
 
-// In the encoding of the process's narrow texts: Windows has the current code page.
-std::string Multibyte(const std::string& text);
+// A text from ModuleFileName in the encoding of the others, cut between characters to fit `size`
+// bytes.
+std::string Multibyte(const std::string& text, std::size_t size);
 
 // Of the calling thread: invalid operation, division by zero and overflow stop the process, or are
 // masked. Clears what is pending first. False if the processor cannot trap.
@@ -42,8 +45,8 @@ double ProcessorSeconds();
 // Paths are in host form, with either separator. Where the system has no drives, its file system is
 // the drive Z: and there is nothing else.
 
-// Without a separator at the end, but for a root. Never empty: a directory that is gone has a name
-// that cannot exist.
+// Without a separator at the end, but for a root. Never empty: a directory that is gone or lies
+// outside the process's root has a name that cannot exist.
 std::string WorkingDirectory();
 // Of one drive, 1 for A:. Empty if the drive has none, or one longer than 259 characters.
 std::string WorkingDirectory(int drive);
@@ -70,7 +73,7 @@ enum class FileMode {
     kUpdate,  // for both, made if it is missing
     kReplace  // for both, emptied or made
 };
-// Null on failure. A directory is no file.
-std::unique_ptr<File> OpenFile(const char* path, FileMode mode);
+// Null on failure, with the system's number for it in `error`. A directory is no file.
+std::unique_ptr<File> OpenFile(const char* path, FileMode mode, std::int32_t& error);
 
 }  // namespace platform

@@ -5,16 +5,25 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string_view>
 
 namespace platform {
 namespace {
 
 constexpr int kOnlyDrive = 'Z' - 'A' + 1;
+constexpr std::size_t kLongestOfDrive = 259;  // as the system with drives has it
+
+bool IsDriveLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+
+std::string HostForm(std::string_view native) {
+    std::string path = std::string("Z:").append(native);
+    std::replace(path.begin(), path.end(), '/', '\\');
+    return path;
+}
 
 template <class Call>
 auto Uninterrupted(Call call) {
@@ -27,12 +36,11 @@ class PosixFile final : public File {
 public:
     ~PosixFile() override { Close(); }
 
-    bool Open(const char* path, FileMode mode) {
+    bool Open(const char* name, FileMode mode) {
         const int flags = mode == FileMode::kRead     ? O_RDONLY
                           : mode == FileMode::kUpdate ? O_RDWR | O_CREAT
                                                       : O_RDWR | O_CREAT | O_TRUNC;
-        const std::string name = NativePath(path);
-        m_descriptor = Uninterrupted([&] { return open(name.c_str(), flags | O_CLOEXEC, 0666); });
+        m_descriptor = Uninterrupted([&] { return open(name, flags | O_CLOEXEC, 0666); });
         struct stat status;
         if (m_descriptor < 0 || fstat(m_descriptor, &status) != 0) return false;
         if (!S_ISDIR(status.st_mode)) return true;
@@ -79,15 +87,24 @@ std::int32_t ProcessId() { return getpid(); }
 std::uint32_t ThreadId() { return static_cast<std::uint32_t>(gettid()); }
 
 std::string ModuleFileName() {
-    char link[1021];
-    const ssize_t length = readlink("/proc/self/exe", link, sizeof link);
+    char link[4096];
+    const ssize_t length = readlink("/proc/self/exe", link, sizeof link - 1);
     if (length <= 0) return std::string();
-    std::string path = "Z:" + std::string(link, static_cast<std::size_t>(length));
-    std::replace(path.begin(), path.end(), '/', '\\');
-    return path;
+    link[length] = '\0';
+    std::string_view path = link;
+    // What the system appends once the file has been removed, as by an update while it runs.
+    constexpr std::string_view kRemoved = " (deleted)";
+    if (path.ends_with(kRemoved) && access(link, F_OK) != 0) path.remove_suffix(kRemoved.size());
+    return HostForm(path);
 }
 
-std::string Multibyte(const std::string& text) { return text; }
+std::string Multibyte(const std::string& text, std::size_t size) {
+    if (text.size() <= size) return text;
+    std::size_t n = size;
+    const auto continues = [&text](std::size_t at) { return (text[at] & 0xC0) == 0x80; };
+    while (n > 0 && size - n < 3 && continues(n)) --n;
+    return text.substr(0, continues(n) ? size : n);  // what is not UTF-8 is cut anywhere
+}
 
 bool SetFloatingPointTraps(bool on) {
     constexpr int kTraps = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
@@ -112,21 +129,22 @@ double ProcessorSeconds() {
 
 std::string WorkingDirectory() {
     const std::unique_ptr<char, void (*)(void*)> native(getcwd(nullptr, 0), std::free);
-    std::string directory = std::string("Z:") + (native ? native.get() : "/(unreachable)");
-    std::replace(directory.begin(), directory.end(), '/', '\\');
-    return directory;
+    if (!native && errno == ENOMEM) throw std::bad_alloc();
+    // Older systems put "(unreachable)" in front of what lies outside the process's root.
+    const bool reachable = native && native.get()[0] == '/';
+    return HostForm(reachable ? native.get() : "/dev/null/(unreachable)");
 }
 
 std::string WorkingDirectory(int drive) {
-    return drive == kOnlyDrive ? WorkingDirectory() : std::string();
+    const std::string directory = drive == kOnlyDrive ? WorkingDirectory() : std::string();
+    return directory.size() <= kLongestOfDrive ? directory : std::string();
 }
 
 std::string NativePath(const char* path) {
     std::string native = path;
     std::replace(native.begin(), native.end(), '\\', '/');
     if (native.starts_with("//")) return std::string();
-    if (native.size() < 2 || native[1] != ':' || !std::isalpha(static_cast<unsigned char>(path[0])))
-        return native;
+    if (native.size() < 2 || native[1] != ':' || !IsDriveLetter(native[0])) return native;
     if (path[0] != 'Z' && path[0] != 'z') return std::string();
     native.erase(0, 2);
     return native.empty() ? "." : native;
@@ -150,12 +168,11 @@ bool AskPath(PathQuestion question, const char* path) {
     return false;
 }
 
-std::unique_ptr<File> OpenFile(const char* path, FileMode mode) {
+std::unique_ptr<File> OpenFile(const char* path, FileMode mode, std::int32_t& error) {
+    const std::string name = NativePath(path);
     auto file = std::make_unique<PosixFile>();
-    if (file->Open(path, mode)) return file;
-    const int why = errno;
-    file.reset();
-    errno = why;
+    if (file->Open(name.c_str(), mode)) return file;
+    error = errno;
     return nullptr;
 }
 

@@ -11,24 +11,25 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 
 namespace platform {
 namespace {
 
-// Texts of the system are wide, those of the seam UTF-8.
-std::wstring Wide(const char* text) {
-    const int length = MultiByteToWideChar(CP_UTF8, 0, text, -1, nullptr, 0);
-    std::wstring wide(static_cast<std::size_t>(std::max(length, 1)), L'\0');
-    MultiByteToWideChar(CP_UTF8, 0, text, -1, wide.data(), length);
-    wide.pop_back();
+std::wstring Wide(const std::string& utf8) {
+    const int size = static_cast<int>(utf8.size());
+    const int length = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
+    std::wstring wide(static_cast<std::size_t>(length), L'\0');
+    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wide.data(), length);
     return wide;
 }
 
-std::string Narrow(const wchar_t* text, UINT encoding = CP_UTF8) {
-    const int length = WideCharToMultiByte(encoding, 0, text, -1, nullptr, 0, nullptr, nullptr);
-    std::string narrow(static_cast<std::size_t>(std::max(length, 1)), '\0');
-    WideCharToMultiByte(encoding, 0, text, -1, narrow.data(), length, nullptr, nullptr);
-    narrow.pop_back();
+std::string Narrow(std::wstring_view text, UINT encoding) {
+    const int size = static_cast<int>(text.size());
+    const int length =
+        WideCharToMultiByte(encoding, 0, text.data(), size, nullptr, 0, nullptr, nullptr);
+    std::string narrow(static_cast<std::size_t>(length), '\0');
+    WideCharToMultiByte(encoding, 0, text.data(), size, narrow.data(), length, nullptr, nullptr);
     return narrow;
 }
 
@@ -45,9 +46,8 @@ public:
         const DWORD creation = mode == FileMode::kRead     ? OPEN_EXISTING
                                : mode == FileMode::kUpdate ? OPEN_ALWAYS
                                                            : CREATE_ALWAYS;
-        m_handle = CreateFileW(Wide(path).c_str(), access,
-                               FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
-                               creation, FILE_ATTRIBUTE_NORMAL, nullptr);
+        m_handle = CreateFileA(path, access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                               nullptr, creation, FILE_ATTRIBUTE_NORMAL, nullptr);
         return m_handle != INVALID_HANDLE_VALUE;
     }
 
@@ -106,11 +106,18 @@ std::uint32_t ThreadId() { return GetCurrentThreadId(); }
 
 std::string ModuleFileName() {
     wchar_t path[1024] = L"";
-    return GetModuleFileNameW(nullptr, path, 1023) != 0 ? Narrow(path) : std::string();
+    return GetModuleFileNameW(nullptr, path, 1023) != 0 ? Narrow(path, CP_UTF8) : std::string();
 }
 
-std::string Multibyte(const std::string& text) {
-    return Narrow(Wide(text.c_str()).c_str(), CP_ACP);
+std::string Multibyte(const std::string& text, std::size_t size) {
+    const std::wstring wide = Wide(text);
+    std::string narrow = Narrow(wide, CP_ACP);
+    for (std::size_t n = wide.size(); narrow.size() > size;) {
+        --n;
+        if (n > 0 && IS_LOW_SURROGATE(wide[n])) --n;
+        narrow = Narrow(std::wstring_view(wide).substr(0, n), CP_ACP);
+    }
+    return narrow;
 }
 
 bool SetFloatingPointTraps(bool on) {
@@ -143,25 +150,26 @@ double ProcessorSeconds() {
 }
 
 std::string WorkingDirectory() {
-    std::wstring directory(MAX_PATH, L'\0');
+    std::string directory(MAX_PATH, '\0');
     DWORD length;
-    while ((length = GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data())) >
+    while ((length = GetCurrentDirectoryA(static_cast<DWORD>(directory.size()), directory.data())) >
            directory.size())
         directory.resize(length);
     directory.resize(length);
-    return length > 0 ? Narrow(directory.c_str()) : "?:\\(unreachable)";
+    return length > 0 ? directory : "?:\\(unreachable)";
 }
 
+// A drive that does not exist is a broken contract to some C runtimes, which end the process.
 std::string WorkingDirectory(int drive) {
-    wchar_t directory[260];
-    return _wgetdcwd(drive, directory, 260) ? Narrow(directory) : std::string();
+    char directory[260];
+    const bool exists = drive >= 1 && drive <= 26 && (GetLogicalDrives() >> (drive - 1) & 1) != 0;
+    return exists && _getdcwd(drive, directory, 260) ? directory : std::string();
 }
 
 std::string NativePath(const char* path) { return path; }
 
 bool AskPath(PathQuestion question, const char* path) {
-    const std::wstring name = Wide(path);
-    const DWORD attributes = GetFileAttributesW(name.c_str());
+    const DWORD attributes = GetFileAttributesA(path);
     if (attributes == INVALID_FILE_ATTRIBUTES) return false;
     const bool isDirectory = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     struct _stat64 status;
@@ -171,22 +179,19 @@ bool AskPath(PathQuestion question, const char* path) {
         case PathQuestion::kIsDirectory:
             return isDirectory;
         case PathQuestion::kIsReadable:
-            return _waccess(name.c_str(), R_OK) == 0;
+            return _access(path, R_OK) == 0;
         case PathQuestion::kIsWriteable:
-            return _waccess(name.c_str(), W_OK) == 0;
+            return _access(path, W_OK) == 0;
         case PathQuestion::kIsExecutable:
-            return isDirectory ||
-                   (_wstat64(name.c_str(), &status) == 0 && (status.st_mode & _S_IEXEC) != 0);
+            return isDirectory || (_stat64(path, &status) == 0 && (status.st_mode & _S_IEXEC) != 0);
     }
     return false;
 }
 
-std::unique_ptr<File> OpenFile(const char* path, FileMode mode) {
+std::unique_ptr<File> OpenFile(const char* path, FileMode mode, std::int32_t& error) {
     auto file = std::make_unique<WindowsFile>();
     if (file->Open(path, mode)) return file;
-    const DWORD why = ::GetLastError();
-    file.reset();
-    ::SetLastError(why);
+    error = LastError();
     return nullptr;
 }
 

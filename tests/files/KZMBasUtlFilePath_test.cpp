@@ -4,8 +4,10 @@
 #include <files/KZMBasUtlUrlParser.h>
 #include <files/working_directory.h>
 #include <support/memory_failure.h>
+#include <unistd.h>
 
 #include <array>
+#include <cstdio>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -134,16 +136,18 @@ TEST_F(FilePath, MemoryFailureKeepsTheFormerPath) {
         });
 }
 
-// Directory, file; then e(xists), d(irectory), (e)x(ecutable).
+// Directory, file; then e(xists), d(irectory), (e)x(ecutable). Names are in the encoding of the C
+// library, in which each letter of the accented ones may be one character or two.
 TEST_F(FilePath, QueriesAskTheSystem) {
     std::filesystem::create_directory("d");
-    MakeFile("plain.txt", "x");
+    ASSERT_EQ(std::rename("d", "dé"), 0);
+    MakeFile("plän.txt", "x");
     MakeFile("run.exe", "x");
     std::filesystem::permissions("run.exe", std::filesystem::perms::owner_exec,
                                  std::filesystem::perm_options::add);
-    for (const char* row : {"|plain.txt|e", ".|run.exe|ex", "d|../plain.txt|e", "|d|edx", "d||edx",
-                            "|missing|", "missing|plain.txt|", "plain.txt||", "q:/|plain.txt|",
-                            "//no-such-host/share|plain.txt|"}) {
+    for (const char* row :
+         {"|plän.txt|e", ".|run.exe|ex", "dé|../plän.txt|e", "|dé|edx", "dé||edx", "|missing|",
+          "missing|plän.txt|", "plän.txt||", "q:/|plän.txt|", "//no-such-host/share|plän.txt|"}) {
         SCOPED_TRACE(row);
         const auto [directory, file, flags] = Fields<3>(row);
         const std::string_view kind(flags);
@@ -156,12 +160,14 @@ TEST_F(FilePath, QueriesAskTheSystem) {
             EXPECT_EQ(Utils::CheckFile(path), !kind.empty() && kind != "edx");
         }
     }
-    EXPECT_TRUE(Utils::CheckDirectory("d") && Utils::CheckDirectory(getdevice() += "\\"));
-    EXPECT_FALSE(Utils::CheckDirectory("") || Utils::CheckDirectory("plain.txt"));
-    EXPECT_FALSE(Utils::CheckFile(cow_String("plain.txt\0x", 11)));
-    const cow_String name = Utils::NativeName(Path("", "plain.txt").AbsolutePathName());
-    EXPECT_EQ(std::filesystem::path(name.CStr()), std::filesystem::current_path() / "plain.txt");
+    EXPECT_TRUE(Utils::CheckDirectory("dé") && Utils::CheckDirectory(getdevice() += "\\"));
+    EXPECT_FALSE(Utils::CheckDirectory("") || Utils::CheckDirectory("plän.txt"));
+    EXPECT_FALSE(Utils::CheckFile(cow_String("run.exe\0x", 9)));
     EXPECT_EQ(Utils::NativeName(cow_String("a\0b", 3)), "");
+    ASSERT_EQ(chdir("dé"), 0);
+    EXPECT_TRUE(std::string_view(KZMBasUtlgetcwd()).ends_with("\\dé"));
+    const cow_String name = Utils::NativeName(Path("", "../plän.txt").AbsolutePathName());
+    EXPECT_TRUE(std::ifstream(name.CStr()).good());
 }
 
 TEST(DirPathUtils, SeparatorsAtTheEnd) {

@@ -65,4 +65,14 @@ TEST_F(PosixFile, ARemovedWorkingDirectoryLeavesPathsThatDoNotExist) {
     EXPECT_FALSE(KZMBasUtlDirPathUtils::CheckDirectory(KZMBasUtlgetcwd()));
 }
 
+// As where drives are real, of which the system tells no longer directories.
+TEST_F(PosixFile, ADriveStandsAtItsRootWhereItsDirectoryIsLong) {
+    EXPECT_EQ(KZMBasUtlFilePath("Z:s", "").AbsolutePathName(), KZMBasUtlgetcwd() += "\\s\\");
+    const std::string deep(250, 'd');
+    std::filesystem::create_directory(deep);
+    std::filesystem::current_path(deep);
+    EXPECT_EQ(KZMBasUtlFilePath("Z:s", "").AbsolutePathName(), "Z:\\s\\");
+    EXPECT_EQ(KZMBasUtlFilePath("s", "").AbsolutePathName(), KZMBasUtlgetcwd() += "\\s\\");
+}
+
 }  // namespace

@@ -44,9 +44,10 @@ TEST_F(RawFile, WhatCannotBeOpenedNamesTheServiceAndTheReason) {
 }
 
 TEST_F(RawFile, KeepsOrReplacesWhatIsThereAndThrowsAClassForEachFailure) {
-    const KZMBasUtlFilePath path("", "f");
+    const KZMBasUtlFilePath path("", "fé");
     char read[8] = "";
     KZMBasUtlRawFile(path, FileMode::kUpdate).Write("abcdef", 6);
+    EXPECT_TRUE(std::ifstream("fé").good());  // the C library's name for it
     {
         KZMBasUtlRawFile file(path, FileMode::kUpdate);
         file.Seek(2);

@@ -47,8 +47,15 @@ TEST(ProcessInfo, TellsTheProcessTheCallingThreadAndTheExecutable) {
     EXPECT_EQ(Info::ProcessId(), 0);
 }
 
-TEST(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtension) {
-    const std::string longName(1100, 'n');
+std::string Repeated(const std::string& text, std::size_t size) {
+    std::string repeated;
+    while (repeated.size() + text.size() <= size) repeated += text;
+    return repeated;
+}
+
+TEST(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtensionAndIsCutBetweenCharacters) {
+    const std::string letter = platform::Multibyte("é", 4);
+    ASSERT_FALSE(letter.empty());
     const std::pair<std::string, std::string> cases[] = {
         {"C:\\run\\model.exe", "model"},
         {"C:\\x.exe\\solver", "solver"},
@@ -59,13 +66,13 @@ TEST(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtension) {
         {"C:\\", ""},
         {"model.exe", "inconnu"},
         {"C:/run/model.exe", "inconnu"},
-        {"C:\\" + longName, longName.substr(0, 255)}};
+        {"C:\\" + Repeated("é", 2400), Repeated(letter, 255)}};
     for (const auto& [path, name] : cases) {
         SCOPED_TRACE(path);
         ExeNames names;
         std::memset(&names, '#', sizeof names);
         SplitExePath(path, names);
-        EXPECT_EQ(names.path, path.substr(0, 1023));
+        EXPECT_EQ(names.path, path.size() < 1024 ? path : "C:\\" + Repeated(letter, 1020));
         EXPECT_EQ(names.name, name);
     }
 }
