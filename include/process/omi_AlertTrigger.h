@@ -25,8 +25,9 @@ public:
     std::uint32_t ThreadId() const { return m_threadId; }
 
     // Returns without waiting for the handler, which must be set. Alerts of one thread are handled
-    // in their order. Without a listener thread the alert is lost. Takes a lock and memory: not for
-    // code that interrupts its own thread, such as the handler of a Ctrl-C on Linux.
+    // in their order. Without a listener thread the alert is lost, and so is one for which there is
+    // no room: Windows keeps 10000 waiting, Linux as many as memory holds. Takes a lock and memory:
+    // not for code that interrupts its own thread, such as the handler of a Ctrl-C on Linux.
     void Alert(omi_AlertEnm alert) const;
 
 private:

@@ -9,7 +9,6 @@ namespace {
 constinit int g_parallelDebugLevel = 0;
 }
 
-// Not atoi, which may do anything with a number out of range.
 void KZMBasCallstackInit() {
     const char* const text = platform::Environment("KRV_PARALLEL_DEBUG");
     if (!text) return;

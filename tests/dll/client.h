@@ -1,5 +1,4 @@
 #pragma once
-#include <cow/cow_String.h>
 #include <errors/KZMBasUtlVersion.h>
 #include <kzm_export.h>
 #include <omi/omi_IntTable.h>
@@ -26,7 +25,6 @@ KZM_API View There();  // as the client sees them
 
 KZM_API void* Allocate63(unsigned size);  // instantiated in this module
 KZM_API void Deallocate63(void* block);
-KZM_API cow_String Share(const cow_String& text);
 KZM_API Table* NewTable(int key, int value);
 
 KZM_API void ThrowReadError(int code);

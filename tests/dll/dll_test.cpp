@@ -45,14 +45,6 @@ TEST(TwoClients, AllocateFromOnePool) {
     KZMBasSrmAllocator<63>::SetPool(nullptr);
 }
 
-TEST(TwoClients, ShareTextUntilOneWrites) {
-    cow_String mine("a text of some length");
-    const cow_String theirs = client::Share(mine);
-    EXPECT_EQ(theirs.CStr(), mine.CStr());
-    mine.Append("!");
-    EXPECT_STREQ(theirs.CStr(), "a text of some length");
-}
-
 TEST(Exceptions, KeepTheirClassOnTheWayThroughAClient) {
     EXPECT_THROW(client::ThrowReadError(2), KZMBasUtlReadError);
     EXPECT_THROW(client::ThrowOwn(), ClientError);

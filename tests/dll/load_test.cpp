@@ -32,23 +32,20 @@ TEST(Loader, EachLoadStartsAndEachUnloadStopsWithoutLeaks) {
     }
 }
 
-TEST(Loader, UnloadingStopsOnlyWhatTheLoadStarted) {
-    void* const library = module::Load(KZM_SHARED_PATH);
-    ASSERT_NE(library, nullptr);
-    module::Unload(module::Load(KZM_SHARED_PATH));
-    module::SetVariable(kName, "1");
-    reinterpret_cast<void (*)()>(module::Find(library, "KZMBasShared_initializeC"))();
-    EXPECT_EQ(Variable(), "1");  // it was running: nothing was started a second time
-    reinterpret_cast<void (*)()>(module::Find(library, "KZMBasShared_finalizeC"))();
-    module::Unload(library);
+// An armed listener holds the library on Windows and ends with it on Linux; its client is gone.
+TEST(Loader, UnloadingUnderAnArmedListenerIsSafe) {
+    for (const char* const name : {"kzm_client_arm", "kzm_client_disarm"}) {
+        void* const client = module::Load(KZM_CLIENT_PATH);
+        ASSERT_NE(client, nullptr);
+        reinterpret_cast<void (*)()>(module::Find(client, name))();
+        module::Unload(client);
+    }
     EXPECT_FALSE(module::IsLoaded(KZM_SHARED_PATH));
 }
 
 TEST(Loader, AProgramThatLinksTheLibraryFindsItStarted) {
     const char* const cases[][3] = {{"1", KZM_CHILD_PATH, "0 ignored"},
                                     {"yes", KZM_CHILD_PATH, "yes obeyed"},
-                                    {"01", KZM_CHILD_PATH, "01 obeyed"},
-                                    {nullptr, KZM_CHILD_PATH, "unset obeyed"},
                                     {"1", KZM_C_CLIENT_PATH, "0 running"}};
     for (const auto& [value, program, output] : cases) {
         module::SetVariable(kName, value);

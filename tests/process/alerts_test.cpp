@@ -4,10 +4,13 @@
 #include <platform/platform.h>
 #include <process/alert_loop.h>
 #include <process/omi_AlertListener.h>
+#include <process/type_interrupt.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <chrono>
 #include <csignal>
+#include <cstdlib>
 #include <thread>
 #include <vector>
 
@@ -79,41 +82,73 @@ TEST_F(Alerts, ArmingAndDisarmingMayBeRepeatedAndKeepsTheHandlers) {
 }
 
 TEST_F(Alerts, OnlyWhileArmedTheInterruptHandlerServesCtrlC) {
-    std::signal(SIGINT, SIG_DFL);
-    const std::pair<Handler, Handler> cases[] = {
-        {&Count, &Count}, {&CountTen, &CountTen}, {nullptr, SIG_DFL}};
-    for (const auto& [handler, whileArmed] : cases) {
-        m_listener.SetHandler(omi_AlertInterrupt, handler);
+    m_listener.SetHandler(omi_AlertTerminate, &CountTen);
+    for (const Handler before : {Handler(), &Count}) {
+        m_listener.SetHandler(omi_AlertInterrupt, before);
         EXPECT_EQ(Interrupt(), SIG_DFL);
         m_listener.Arm();
-        EXPECT_EQ(Interrupt(), whileArmed);
-        if (handler) std::raise(SIGINT);
+        EXPECT_EQ(Interrupt(), before ? before : SIG_DFL);
+        for (const Handler atOnce : {&CountTen, Handler(), &Count}) {
+            m_listener.SetHandler(omi_AlertInterrupt, atOnce);
+            EXPECT_EQ(Interrupt(), atOnce ? atOnce : SIG_DFL);
+        }
+        std::raise(SIGINT);
+        omi_AlertTrigger(m_listener).Alert(omi_AlertInterrupt);
         m_listener.Disarm();
         EXPECT_EQ(Interrupt(), SIG_DFL);
     }
-    EXPECT_EQ(g_count, 11u);
-    m_listener.Arm();
-    m_listener.SetHandler(omi_AlertInterrupt, &Count);  // at once
-    m_listener.SetHandler(omi_AlertTerminate, &CountTen);
-    std::raise(SIGINT);
-    omi_AlertTrigger(m_listener).Alert(omi_AlertInterrupt);
-    m_listener.Disarm();
-    EXPECT_EQ(g_count, 13u);
+    EXPECT_EQ(g_count, 4u);
+}
+
+TEST_F(Alerts, CtrlCInAConsoleReachesTheHandler) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto interrupt = [this] {
+        m_listener.SetHandler(omi_AlertInterrupt, [](int signal) { g_count = 40 + signal; });
+        m_listener.Arm();
+        if (!TypeInterrupt()) std::exit(1);
+        for (int i = 0; i < 1000 && g_count == 0; ++i)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        std::exit(static_cast<int>(g_count));
+    };
+    EXPECT_EXIT(interrupt(), testing::ExitedWithCode(42), "");
+    GTEST_FLAG_SET(death_test_style, "fast");
+}
+
+TEST_F(Alerts, OneWhoseHandlerWasTakenAwayEndsTheProcess) {
+    m_listener.SetHandler(omi_AlertUser2, &Count);
+    m_listener.SetHandler(omi_AlertUser2, nullptr);
+    const auto alert = [this] {
+        m_listener.Arm();
+        omi_AlertTrigger(m_listener).Alert(omi_AlertUser2);
+        m_listener.Disarm();
+    };
+    EXPECT_DEATH(alert(), "");
 }
 
 TEST_F(Alerts, NoneIsLostThatSeveralThreadsPostWhileArmed) {
+    constexpr unsigned kRounds = 2000;
     for (const omi_AlertEnm alert : kAll) m_listener.SetHandler(alert, &Count);
-    for (unsigned round = 1; round <= 1000; ++round) {
-        m_listener.Arm();
-        std::vector<std::thread> posters;
-        for (unsigned n = 0; n < 3; ++n)
-            posters.emplace_back([trigger = omi_AlertTrigger(m_listener), n] {
+    pthread_barrier_t turn;
+    ASSERT_EQ(pthread_barrier_init(&turn, nullptr, 4), 0);
+    std::vector<std::thread> posters;
+    for (unsigned n = 0; n < 3; ++n)
+        posters.emplace_back([this, &turn, n] {
+            for (unsigned round = 0; round < kRounds; ++round) {
+                pthread_barrier_wait(&turn);
+                const omi_AlertTrigger trigger(m_listener);
                 for (unsigned i = 0; i < 10; ++i) trigger.Alert(kAll[(n + i) % 6]);
-            });
-        for (std::thread& poster : posters) poster.join();
+                pthread_barrier_wait(&turn);
+            }
+        });
+    for (unsigned round = 1; round <= kRounds; ++round) {
+        m_listener.Arm();
+        pthread_barrier_wait(&turn);
+        pthread_barrier_wait(&turn);
         m_listener.Disarm();
-        ASSERT_EQ(g_count, round * 30);
+        EXPECT_EQ(g_count, round * 30);
     }
+    for (std::thread& poster : posters) poster.join();
+    pthread_barrier_destroy(&turn);
 }
 
 TEST_F(Alerts, WithoutMemoryTheListenerIsNotArmedOrTheAlertGetsThrough) {
