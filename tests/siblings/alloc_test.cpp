@@ -2,8 +2,8 @@
 #include <alloc/KZMBasAllocator.h>
 #include <alloc/mem_alloc.h>
 #include <alloc/omi_SingletonRegistry.h>
-#include <alloc/tiny_heap_hook.h>
 #include <gtest/gtest.h>
+#include <host/host_heap.h>
 #include <support/memory_failure.h>
 
 #include <algorithm>
@@ -61,10 +61,11 @@ bool Intact(const unsigned char* block, unsigned size) {
 TEST(TinyBlocks, CostLittleMoreThanTheirSizeAndMayGrow) {
     const RunningAlloc running;
     for (unsigned size = 1; size <= 40; ++size) {
-        const std::size_t before = mem_TinyState().committedBytes;
+        const std::size_t before = host_heap::SmallState().committedBytes;
         std::vector<unsigned char*> blocks(20000);
         for (unsigned char*& each : blocks) each = Take(size);
-        EXPECT_LE(mem_TinyState().committedBytes - before, (size + 3) / 4 * 100000 + 65536U);
+        EXPECT_LE(host_heap::SmallState().committedBytes - before,
+                  (size + 3) / 4 * 100000 + 65536U);
         for (unsigned char*& each : blocks) {
             each = static_cast<unsigned char*>(mem_Realloc(each, size + 8));
             ASSERT_TRUE(Intact(each, size)) << size;
@@ -94,26 +95,27 @@ TEST(TinyBlocks, MayBeFreedByAnyThreadAndAfterTheStop) {
             for (unsigned seed = 1; seed <= 6; ++seed) threads.emplace_back(work, seed);
             for (std::thread& each : threads) each.join();
             EXPECT_EQ(damaged, 0);
-            EXPECT_EQ(mem_TinyState().reserved, mem_TinyState().inUse);
+            EXPECT_EQ(host_heap::SmallState().reserved, host_heap::SmallState().inUse);
         }
         unsigned char* const last = slots[0].exchange(nullptr);
         for (auto& slot : slots) mem_Free(slot);
         EXPECT_TRUE(Intact(last, last[0]));
-        EXPECT_EQ(mem_TinyState().blocksOut, mem_TinyState().inUse ? 1U : 0U);
+        EXPECT_EQ(host_heap::SmallState().blocksOut, host_heap::SmallState().inUse ? 1U : 0U);
         mem_Free(last);
-        EXPECT_FALSE(mem_TinyState().reserved);
+        EXPECT_FALSE(host_heap::SmallState().reserved);
     }
 }
 
 TEST(TinyBlocks, ComeFromTheHeapWhenThereAreNoAddresses) {
     const StoppedAlloc stopped;
-    mem_RefuseTinyRegion(true);
+    host_heap::RefuseRegion(true);
     {
         const RunningAlloc running;
-        ForEveryAllocationFailure([] { return 0; }, [](int&) { mem_Free(Take(4)); },
-                                  [](int, bool) { EXPECT_FALSE(mem_TinyState().reserved); });
+        ForEveryAllocationFailure(
+            [] { return 0; }, [](int&) { mem_Free(Take(4)); },
+            [](int, bool) { EXPECT_FALSE(host_heap::SmallState().reserved); });
     }
-    mem_RefuseTinyRegion(false);
+    host_heap::RefuseRegion(false);
 }
 
 }  // namespace

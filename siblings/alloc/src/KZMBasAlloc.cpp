@@ -1,8 +1,8 @@
 #include <alloc/KZMBasAlloc.h>
 #include <alloc/KZMBasMemPoolCow.h>
+#include <host/host_take.h>
 
 #include "mem_RegistryAccess.h"
-#include "tiny_heap.h"
 
 namespace {
 constinit unsigned g_starts = 0;
@@ -11,7 +11,7 @@ constinit unsigned g_starts = 0;
 void KZMBasAlloc_initialize(int& count) {
     if (g_starts++ != 0) return;
     ++count;
-    tiny_heap::Start();
+    host_heap::Start();
     mem_RegistryAccess::Open();
 }
 
@@ -20,5 +20,5 @@ void KZMBasAlloc_finalize(int& count) {
     --count;
     KZMBasMemPoolCow::FinalizeIfCreated();
     mem_RegistryAccess::Close();
-    tiny_heap::Stop();
+    host_heap::Stop();
 }

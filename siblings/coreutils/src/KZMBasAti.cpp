@@ -1,10 +1,9 @@
 #include <coreutils/KZMBasAtiMutex.h>
 #include <coreutils/KZMBasAtiThreadingModel.h>
 #include <coreutils/KZMBasAtiThreadingModelHook.h>
+#include <host/host_take.h>
 
 #include <atomic>
-
-#include "core_heap.h"
 
 namespace {
 constinit std::atomic<KZMBasAtiMutexFactory> g_mutexFactory{&KZMBasAtiDefaultMutex};
@@ -12,8 +11,8 @@ constinit std::atomic<KZMBasAtiMutexFactory> g_mutexFactory{&KZMBasAtiDefaultMut
 
 KZMBasAtiMutex::~KZMBasAtiMutex() = default;
 
-void* KZMBasAtiMutex::operator new(std::size_t size) { return core_heap::Take(size); }
-void KZMBasAtiMutex::operator delete(void* block) { core_heap::GiveBack(block); }
+void* KZMBasAtiMutex::operator new(std::size_t size) { return host_heap::Take(size); }
+void KZMBasAtiMutex::operator delete(void* block) { host_heap::GiveBack(block); }
 
 KZMBasAtiMutex* KZMBasAtiThreadingModel::newMutex() { return g_mutexFactory.load()(); }
 

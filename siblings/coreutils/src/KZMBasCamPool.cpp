@@ -1,6 +1,5 @@
 #include <coreutils/KZMBasCamPool.h>
-
-#include "core_heap.h"
+#include <host/host_take.h>
 
 namespace {
 constexpr std::size_t kHeader = 16;  // keeps the alignment of the C heap
@@ -11,7 +10,7 @@ KZMBasCamPool::~KZMBasCamPool() = default;
 
 void* KZMBasCamPool::Alloc(unsigned size) {
     if (size > SIZE_MAX - kHeader) throw std::bad_alloc();
-    void* const header = core_heap::Take(kHeader + size);
+    void* const header = host_heap::Take(kHeader + size);
     *static_cast<unsigned*>(header) = size;
     CountTaken(size);
     return static_cast<char*>(header) + kHeader;
@@ -21,7 +20,7 @@ unsigned KZMBasCamPool::Free(void* block) {
     if (!block) return 0;
     void* const header = static_cast<char*>(block) - kHeader;
     const unsigned size = *static_cast<unsigned*>(header);
-    core_heap::GiveBack(header);
+    host_heap::GiveBack(header);
     CountGivenBack(size);
     return size;
 }

@@ -1,13 +1,12 @@
 #include <coreutils/atr_StringBase.h>
 #include <host/KZMBasFatalError.h>
+#include <host/host_take.h>
 
 #include <algorithm>
 #include <charconv>
 #include <climits>
 #include <functional>
 #include <utility>
-
-#include "core_heap.h"
 
 namespace {
 
@@ -18,12 +17,12 @@ constinit const char g_emptyText[1] = {'\0'};
                      __LINE__);
 }
 
-// Unshared and terminated, of length 0. Blocks are whole multiples of 16 bytes.
+// Unshared and terminated, of length 0. Blocks are whole multiples of 8 bytes.
 atr_StringRecord* NewRecord(int capacity) {
     const std::size_t wanted = sizeof(atr_StringRecord) + static_cast<std::size_t>(capacity) + 1;
-    const std::size_t block = (wanted + 15) & ~std::size_t{15};
+    const std::size_t block = (wanted + 7) & ~std::size_t{7};
     const std::size_t room = block - sizeof(atr_StringRecord) - 1;
-    void* const memory = core_heap::Take(block);
+    void* const memory = host_heap::TakePacked(block);
     auto* const rep = ::new (memory) atr_StringRecord;
     rep->m_count = 1;
     rep->m_capacity = static_cast<std::int32_t>(std::min<std::size_t>(room, INT_MAX));
@@ -173,7 +172,7 @@ void atr_StringBase::Capitalize() {
     first = Upper(first);
 }
 
-void atr_StringBase::Delete() { core_heap::GiveBack(m_rep); }
+void atr_StringBase::Delete() { host_heap::GiveBack(m_rep); }
 
 void atr_StringBase::Install(atr_StringRecord* rep) {
     m_rep = rep;

@@ -1,10 +1,10 @@
-#include <core_heap.h>
 #include <generics/KZMBasTree.h>
+#include <host/host_take.h>
 
 #include <algorithm>
 
-void* KZMBasTreeLinks::TakeNode(std::size_t size) { return core_heap::Take(size); }
-void KZMBasTreeLinks::GiveBackNode(void* node) noexcept { core_heap::GiveBack(node); }
+void* KZMBasTreeLinks::TakeNode(std::size_t size) { return host_heap::Take(size); }
+void KZMBasTreeLinks::GiveBackNode(void* node) noexcept { host_heap::GiveBack(node); }
 
 KZMBasTreeLinks::Link* KZMBasTreeLinks::Outermost(int side) const {
     Link* at = m_root;

@@ -1,11 +1,11 @@
-#include <core_heap.h>
 #include <generics/KZMBasVector.h>
+#include <host/host_take.h>
 
 #include <algorithm>
 #include <climits>
 #include <cstdint>
 
-KZMBasVectorStorage::~KZMBasVectorStorage() { core_heap::GiveBack(m_data); }
+KZMBasVectorStorage::~KZMBasVectorStorage() { host_heap::GiveBack(m_data); }
 
 int KZMBasVectorStorage::GrownCapacity(int needed) const {
     if (needed > INT_MAX - m_size) throw std::bad_alloc();
@@ -17,10 +17,10 @@ void KZMBasVectorStorage::Reallocate(int capacity, std::size_t elementSize, Relo
     void* grown = nullptr;
     if (capacity > 0) {
         if (static_cast<std::size_t>(capacity) > PTRDIFF_MAX / elementSize) throw std::bad_alloc();
-        grown = core_heap::Take(static_cast<std::size_t>(capacity) * elementSize);
+        grown = host_heap::Take(static_cast<std::size_t>(capacity) * elementSize);
     }
     relocate(grown, m_data, m_size);
-    core_heap::GiveBack(m_data);
+    host_heap::GiveBack(m_data);
     m_data = grown;
     m_capacity = capacity;
 }

@@ -1,24 +1,93 @@
-#include <host/host_heap.h>
+#include <host/host_take.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
 
 namespace host_heap {
 
 constinit Probe g_probe;
+constinit std::atomic<bool> g_watched{false};
 
+namespace {
+
+// Of a request while somebody watches; false: refuse it.
 bool CountRequest() {
     g_probe.requests.fetch_add(1, std::memory_order_relaxed);
     if (g_probe.untilFailure.load(std::memory_order_relaxed) == 0) return true;
     return g_probe.untilFailure.fetch_sub(1, std::memory_order_relaxed) != 1;
 }
 
-void CountRelease() { g_probe.live.fetch_sub(1, std::memory_order_relaxed); }
+// What no heap can serve is refused here: allocators that check their callers end the process.
+void Ask(std::size_t size) {
+    if (size > PTRDIFF_MAX || (Watched() && !CountRequest())) throw std::bad_alloc();
+}
+
+void* Taken(void* block, std::size_t size) {
+    if (!block && size != 0) throw std::bad_alloc();
+    if (block && Watched()) g_probe.live.fetch_add(1, std::memory_order_relaxed);
+    return block;
+}
+
+void* FromSmall(unsigned sizeClass) {
+    void* const block = small_heap::Take(sizeClass);
+    return block ? block : small_heap::TakeSlowly(sizeClass);
+}
+
+bool ToSmall(void* block) {
+    return small_heap::GiveBack(block) || small_heap::GiveBackSlowly(block);
+}
+
+void* TakeAny(std::size_t size, unsigned sizeClass) {
+    Ask(size);
+    void* block = IsSmall(size) ? FromSmall(sizeClass) : nullptr;
+    if (!block) block = std::malloc(size);
+    return Taken(block, size);
+}
+
+}  // namespace
+
+void* TakeUnusually(std::size_t size) { return TakeAny(size, AlignedClass(size)); }
+
+void* TakePackedUnusually(std::size_t size) {
+    if (size == 0) size = 1;
+    return TakeAny(size, PackedClass(size));
+}
+
+void GiveBackUnusually(void* block) {
+    if (!block) return;
+    if (Watched()) g_probe.live.fetch_sub(1, std::memory_order_relaxed);
+    if (!ToSmall(block)) std::free(block);
+}
+
+void* Resize(void* block, std::size_t size) {
+    if (!block) return Take(size);
+    if (size == 0) {
+        GiveBack(block);
+        return nullptr;
+    }
+    Ask(size);
+    if (const std::size_t held = small_heap::SizeOfBlock(block)) {
+        if (size <= held) return block;
+        void* grown = IsSmall(size) ? FromSmall(AlignedClass(size)) : nullptr;
+        if (!grown) grown = std::malloc(size);
+        if (!grown) throw std::bad_alloc();
+        std::memcpy(grown, block, held);
+        ToSmall(block);
+        return grown;
+    }
+    void* const grown = std::realloc(block, size);
+    if (!grown) throw std::bad_alloc();
+    return grown;
+}
 
 void Watch(long failAt) {
     g_probe.untilFailure = failAt;
     g_probe.requests = 0;
     g_probe.live = 0;
-    g_probe.watching = true;
+    g_watched = true;
 }
 
-void Unwatch() { g_probe.watching = false; }
+void Unwatch() { g_watched = false; }
 
 }  // namespace host_heap

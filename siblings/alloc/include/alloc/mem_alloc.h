@@ -21,5 +21,5 @@ KZM_API void* mem_OperatorNewThrowBuiltin(std::size_t size);
 
 // The path for objects of a few bytes, such as share counts: no header per block, blocks of one
 // size lie side by side. A block is aligned as an object of its size can need, so 12 bytes only to
-// 4. Fastest while the library is started. Beyond 32 bytes as mem_OperatorNewThrow.
+// 4. Fastest while the library is started. Beyond 512 bytes as mem_OperatorNewThrow.
 KZM_API void* mem_OperatorNewTinyThrow(std::size_t size);

@@ -1,28 +1,29 @@
-#include "tiny_system.h"
+#include "small_system.h"
 
 #include <pthread.h>
+#include <small_current.h>
 #include <sys/mman.h>
 
 #include <cstdint>
 
 namespace {
 
-constinit pthread_mutex_t g_lock = PTHREAD_MUTEX_INITIALIZER;
+constinit pthread_mutex_t g_lock = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
 constinit pthread_key_t g_threadEnd = 0;
 
 void OnThreadEnd(void* cache) {
-    auto* const ending = static_cast<tiny_heap::ThreadCache*>(cache);
+    auto* const ending = static_cast<small_heap::ThreadCache*>(cache);
     ending->m_ended = true;
-    tiny_heap::ThreadEnds(*ending);
+    small_heap::ThreadEnds(*ending);
 }
 
 }  // namespace
 
-namespace tiny_heap {
+namespace small_heap {
 constinit thread_local ThreadCache t_cache{};
 }
 
-namespace tiny_system {
+namespace small_system {
 
 char* Reserve(std::size_t size, std::size_t alignment) {
     void* const got = mmap(nullptr, size + alignment, PROT_NONE,
@@ -36,6 +37,7 @@ char* Reserve(std::size_t size, std::size_t alignment) {
 }
 
 bool Commit(char* at, std::size_t size) { return mprotect(at, size, PROT_READ | PROT_WRITE) == 0; }
+void Decommit(char* at, std::size_t size) { madvise(at, size, MADV_DONTNEED); }
 void Release(char* region, std::size_t size) { munmap(region, size); }
 
 void Lock() { pthread_mutex_lock(&g_lock); }
@@ -44,10 +46,10 @@ void Unlock() { pthread_mutex_unlock(&g_lock); }
 bool WatchThreads() { return pthread_key_create(&g_threadEnd, &OnThreadEnd) == 0; }
 void UnwatchThreads() { pthread_key_delete(g_threadEnd); }
 
-tiny_heap::ThreadCache* AttachCache() {
-    tiny_heap::ThreadCache* const cache = &tiny_heap::t_cache;
+small_heap::ThreadCache* AttachCache() {
+    small_heap::ThreadCache* const cache = &small_heap::t_cache;
     if (cache->m_ended || pthread_setspecific(g_threadEnd, cache) != 0) return nullptr;
     return cache;
 }
 
-}  // namespace tiny_system
+}  // namespace small_system

@@ -1,0 +1,353 @@
+#include <host/host_take.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+#include "small_system.h"
+
+namespace small_heap {
+
+namespace {
+
+constexpr std::size_t kRecords = kRegion >> kChunkShift << kRecordShift;
+constexpr std::size_t kFirstChunk = (kRecords + kChunk - 1) >> kChunkShift;
+constexpr std::size_t kMostIdle = (sizeof(void*) == 8 ? 16U << 20 : 4U << 20) / kChunk;
+constexpr unsigned kPage = 4096;  // of blocks never used a list gets at most so much at once
+
+// Everything here is under the lock, and so are the central cache's chunks.
+constinit OwnChunks g_centralChunks{};
+constinit ThreadCache g_central{.m_own = &g_centralChunks};
+constinit std::atomic<char*> g_region{nullptr};
+constinit std::size_t g_chunks = kFirstChunk;  // begun so far
+constinit std::size_t g_chunksInUse = 0;
+constinit std::size_t g_chunksIdle = 0;
+constinit Chunk* g_idle = nullptr;      // with memory, of no size
+constinit Chunk* g_returned = nullptr;  // without
+constinit ThreadCache* g_caches = nullptr;
+constinit bool g_refused = false;           // the region could not be had; not asked again
+constinit bool g_watching = false;          // from Start to Stop
+constinit bool g_stopped = false;           // with blocks alive: the last one ends the region
+constinit std::atomic<bool> g_open{false};  // false: threads need not ask for a cache
+
+struct Guard {
+    Guard() { small_system::Lock(); }
+    Guard(const Guard&) = delete;
+    Guard& operator=(const Guard&) = delete;
+    ~Guard() { small_system::Unlock(); }
+};
+
+char* Region() { return g_region.load(std::memory_order_relaxed); }
+
+char* MemoryOf(const Chunk& chunk) {
+    return Region() + (OffsetOf(&chunk, Region()) >> kRecordShift << kChunkShift);
+}
+
+bool HasBlocks(const Chunk& chunk) { return chunk.m_free || chunk.m_begun < chunk.m_capacity; }
+
+Chunk*& ListOf(ThreadCache& owner, const Chunk& chunk) {
+    return chunk.m_available ? owner.m_own->m_available[chunk.m_class] : owner.m_own->m_others;
+}
+
+void Link(ThreadCache& owner, Chunk& chunk, bool available) {
+    chunk.m_available = available;
+    Chunk*& head = ListOf(owner, chunk);
+    chunk.m_previous = nullptr;
+    chunk.m_next = head;
+    if (head) head->m_previous = &chunk;
+    head = &chunk;
+}
+
+void Unlink(ThreadCache& owner, Chunk& chunk) {
+    (chunk.m_previous ? chunk.m_previous->m_next : ListOf(owner, chunk)) = chunk.m_next;
+    if (chunk.m_next) chunk.m_next->m_previous = chunk.m_previous;
+}
+
+void BelongTo(ThreadCache& owner, Chunk& chunk) {
+    chunk.m_owner.store(&owner, std::memory_order_relaxed);
+    Link(owner, chunk, HasBlocks(chunk));
+}
+
+bool HaveRegion() {
+    if (Region()) return true;
+    char* const region = g_refused ? nullptr : small_system::Reserve(kRegion, kChunk);
+    if (region && small_system::Commit(region, kRecords)) {
+        g_region.store(region, std::memory_order_release);
+        return true;
+    }
+    if (region) small_system::Release(region, kRegion);
+    g_refused = true;
+    g_open.store(false, std::memory_order_relaxed);
+    return false;
+}
+
+void ReleaseRegionIfIdle() {
+    if (!g_stopped || g_chunksInUse > 0) return;
+    g_stopped = false;
+    g_refused = false;
+    if (Region()) small_system::Release(Region(), kRegion);
+    g_region.store(nullptr);
+    g_chunks = kFirstChunk;
+    g_chunksIdle = 0;
+    g_idle = g_returned = nullptr;
+}
+
+// For any size, of which it becomes.
+Chunk* BeginChunk(unsigned sizeClass) {
+    Chunk* chunk = g_idle;
+    if (chunk) {
+        g_idle = chunk->m_next;
+        --g_chunksIdle;
+    } else {
+        if (!HaveRegion()) return nullptr;
+        chunk = g_returned;
+        if (!chunk && g_chunks == kRegion >> kChunkShift) return nullptr;
+        if (!chunk) chunk = ::new (&ChunkOf(Region(), g_chunks << kChunkShift)) Chunk{};
+        if (!small_system::Commit(MemoryOf(*chunk), kChunk)) return nullptr;
+        if (chunk == g_returned)
+            g_returned = chunk->m_next;
+        else
+            ++g_chunks;
+    }
+    ++g_chunksInUse;
+    chunk->m_free = 0;
+    chunk->m_out = chunk->m_begun = 0;
+    chunk->m_capacity = static_cast<std::uint16_t>(kChunk / SizeOf(sizeClass));
+    chunk->m_class = static_cast<std::uint8_t>(sizeClass);
+    return chunk;
+}
+
+void EndChunk(Chunk& chunk) {
+    chunk.m_owner.store(nullptr, std::memory_order_relaxed);
+    --g_chunksInUse;
+    const bool keep = g_chunksIdle < kMostIdle;
+    if (keep)
+        ++g_chunksIdle;
+    else
+        small_system::Decommit(MemoryOf(chunk), kChunk);
+    Chunk*& list = keep ? g_idle : g_returned;
+    chunk.m_next = list;
+    list = &chunk;
+}
+
+// A chunk that has blocks, now the owner's; null if there is no memory.
+Chunk* Acquire(ThreadCache& owner, unsigned sizeClass) {
+    Chunk* chunk = g_centralChunks.m_available[sizeClass];
+    if (chunk)
+        Unlink(g_central, *chunk);
+    else
+        chunk = BeginChunk(sizeClass);
+    if (chunk) BelongTo(owner, *chunk);
+    return chunk;
+}
+
+char* BeginBlocks(Chunk& chunk, unsigned count) {
+    char* const first = MemoryOf(chunk) + std::size_t{chunk.m_begun} * SizeOf(chunk.m_class);
+    chunk.m_begun = static_cast<std::uint16_t>(chunk.m_begun + count);
+    chunk.m_out = static_cast<std::uint16_t>(chunk.m_out + count);
+    return first;
+}
+
+Place Chained(char* first, unsigned count, unsigned size) {
+    const Place place = PlaceOf(OffsetOf(first, Region()));
+    for (unsigned i = 1; i < count; ++i, first += size) SetNext(first, place + i * size / kUnit);
+    SetNext(first, 0);
+    return place;
+}
+
+// A list that has run empty; outside the lock.
+bool Refill(ThreadCache& cache, unsigned sizeClass) {
+    Chunk* chunk = cache.m_own->m_current[sizeClass];
+    if (!chunk || !HasBlocks(*chunk)) {
+        chunk = cache.m_own->m_available[sizeClass];
+        if (!chunk) {
+            const Guard guard;
+            chunk = Acquire(cache, sizeClass);
+        }
+        if (!chunk) return false;
+        Unlink(cache, *chunk);
+        Link(cache, *chunk, false);
+        cache.m_own->m_current[sizeClass] = chunk;
+    }
+    if (chunk->m_free) {
+        cache.m_list[sizeClass] = std::exchange(chunk->m_free, 0);
+        chunk->m_out = chunk->m_begun;
+    } else {
+        const unsigned size = SizeOf(sizeClass);
+        const unsigned count = std::min<unsigned>(chunk->m_capacity - chunk->m_begun, kPage / size);
+        cache.m_list[sizeClass] = Chained(BeginBlocks(*chunk, count), count, size);
+    }
+    return true;
+}
+
+// By the thread of a cache, or on its behalf.
+void Return(void* block, ThreadCache& by) {
+    const std::size_t offset = OffsetOf(block, Region());
+    Chunk& chunk = ChunkOf(Region(), offset);
+    ThreadCache& owner = *chunk.m_owner.load(std::memory_order_relaxed);
+    if (&owner == &by || &owner == &g_central) return Put(owner, chunk, block, offset);
+    SetNext(block, owner.m_away.load(std::memory_order_relaxed));
+    owner.m_away.store(PlaceOf(offset), std::memory_order_relaxed);
+}
+
+void PutAll(ThreadCache& owner, Place place) {
+    while (place) {
+        char* const block = At(Region(), place);
+        const std::size_t offset = OffsetOf(block, Region());
+        place = NextOf(block);
+        Put(owner, ChunkOf(Region(), offset), block, offset);
+    }
+}
+
+Place TakeAway(ThreadCache& cache) {
+    const Guard guard;
+    return cache.m_away.exchange(0, std::memory_order_relaxed);
+}
+
+void HandOver(ThreadCache& from, Chunk*& list) {
+    while (Chunk* const chunk = list) {
+        Unlink(from, *chunk);
+        if (chunk->m_out == 0)
+            EndChunk(*chunk);
+        else
+            BelongTo(g_central, *chunk);
+    }
+}
+
+void Drain(ThreadCache& cache) {
+    PutAll(cache, TakeAway(cache));
+    if (std::exchange(cache.m_lastClass, 0) != 0) Return(cache.m_last, cache);
+    for (unsigned i = 1; i < kClasses; ++i) {
+        if (void* const block = std::exchange(cache.m_inHand[i], nullptr)) Return(block, cache);
+        PutAll(cache, std::exchange(cache.m_list[i], 0));
+        cache.m_own->m_current[i] = nullptr;
+    }
+    for (Chunk*& each : cache.m_own->m_available) HandOver(cache, each);
+    HandOver(cache, cache.m_own->m_others);
+    std::free(std::exchange(cache.m_own, nullptr));
+    cache.m_region = nullptr;
+    cache.m_reach = 0;
+}
+
+// The calling thread's cache, made ready; null while stopped or if it cannot have one.
+ThreadCache* Attached() {
+    if (!g_watching || !HaveRegion()) return nullptr;
+    auto* const own = static_cast<OwnChunks*>(std::calloc(1, sizeof(OwnChunks)));
+    ThreadCache* const fresh = own ? small_system::AttachCache() : nullptr;
+    if (!fresh) {
+        std::free(own);
+        return nullptr;
+    }
+    fresh->m_own = own;
+    fresh->m_region = Region();
+    fresh->m_reach = kRegion;
+    fresh->m_next = g_caches;
+    fresh->m_link = &g_caches;
+    if (g_caches) g_caches->m_link = &fresh->m_next;
+    g_caches = fresh;
+    return fresh;
+}
+
+}  // namespace
+
+void* TakeSlowly(unsigned sizeClass) {
+    ThreadCache* cache = &CurrentCache();
+    if (cache->m_reach == 0) {
+        if (!g_open.load(std::memory_order_relaxed)) return nullptr;
+        const Guard guard;
+        cache = Attached();
+        if (!cache) return nullptr;
+    }
+    if (cache->m_away.load(std::memory_order_relaxed) != 0) PutAll(*cache, TakeAway(*cache));
+    if (!Refill(*cache, sizeClass)) return nullptr;
+    char* const block = At(cache->m_region, cache->m_list[sizeClass]);
+    cache->m_list[sizeClass] = NextOf(block);
+    return block;
+}
+
+bool GiveBackSlowly(void* block) {
+    if (SizeOfBlock(block) == 0) return false;
+    SendAway(block);
+    return true;
+}
+
+void SendAway(void* block) {
+    const Guard guard;
+    Return(block, CurrentCache());
+    ReleaseRegionIfIdle();
+}
+
+std::size_t SizeOfBlock(const void* block) {
+    char* const region = g_region.load(std::memory_order_acquire);
+    const std::size_t offset = OffsetOf(block, region);
+    return region && offset < kRegion ? SizeOf(ChunkOf(region, offset).m_class) : 0;
+}
+
+void Settle(ThreadCache& owner, Chunk& chunk) {
+    const bool current = owner.m_own->m_current[chunk.m_class] == &chunk;
+    if (chunk.m_out == 0 && current) {  // begins anew
+        chunk.m_free = 0;
+        chunk.m_begun = 0;
+    } else if (chunk.m_out == 0) {
+        Unlink(owner, chunk);
+        const Guard guard;
+        EndChunk(chunk);
+    } else if (!current && !chunk.m_available) {
+        Unlink(owner, chunk);
+        Link(owner, chunk, true);
+    }
+}
+
+void Start() {
+    const Guard guard;
+    g_stopped = false;
+    g_watching = small_system::WatchThreads();
+    g_open.store(g_watching, std::memory_order_relaxed);
+}
+
+void Stop() {
+    {
+        const Guard guard;
+        if (!std::exchange(g_watching, false)) return;
+        g_open.store(false, std::memory_order_relaxed);
+        for (ThreadCache* cache = g_caches; cache; cache = cache->m_next) Drain(*cache);
+        g_caches = nullptr;
+        g_stopped = true;
+        ReleaseRegionIfIdle();
+    }
+    small_system::UnwatchThreads();
+}
+
+void ThreadEnds(ThreadCache& cache) {
+    const Guard guard;
+    if (cache.m_reach == 0) return;
+    Drain(cache);
+    *cache.m_link = cache.m_next;
+    if (cache.m_next) cache.m_next->m_link = cache.m_link;
+}
+
+}  // namespace small_heap
+
+namespace host_heap {
+
+void Start() { small_heap::Start(); }
+void Stop() { small_heap::Stop(); }
+
+SmallFigures SmallState() {
+    using namespace small_heap;
+    const Guard guard;
+    std::uint64_t out = 0;
+    for (std::size_t i = kFirstChunk; i < g_chunks; ++i) {
+        const Chunk& chunk = ChunkOf(Region(), i << kChunkShift);
+        if (chunk.m_owner.load(std::memory_order_relaxed)) out += chunk.m_out;
+    }
+    return {kInUse, Region() != nullptr, (g_chunksInUse + g_chunksIdle) << kChunkShift, out};
+}
+
+void RefuseRegion(bool refuse) {
+    const small_heap::Guard guard;
+    small_heap::g_refused = refuse;
+}
+
+}  // namespace host_heap

@@ -1,0 +1,102 @@
+#include "small_system.h"
+
+#include <small_current.h>
+#include <windows.h>
+#include <winternl.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr DWORD kDirectSlots = 64;  // those in the thread's own block
+
+constinit INIT_ONCE g_once = INIT_ONCE_STATIC_INIT;
+constinit CRITICAL_SECTION g_lock{};
+constinit DWORD g_slot = TLS_OUT_OF_INDEXES;  // the cache; g_none after it has been taken back
+constinit DWORD g_end = FLS_OUT_OF_INDEXES;   // tells when a thread that has one ends
+constinit small_heap::ThreadCache g_none{};
+
+BOOL CALLBACK CreateLock(PINIT_ONCE, void*, void**) {
+    InitializeCriticalSection(&g_lock);
+    return TRUE;
+}
+
+// Also called by FlsFree, once for each thread that has a cache.
+void NTAPI OnThreadEnd(void* cache) {
+    if (!cache) return;
+    small_heap::ThreadEnds(*static_cast<small_heap::ThreadCache*>(cache));
+    std::free(cache);
+    TlsSetValue(g_slot, &g_none);
+}
+
+void* OfOtherSlot(DWORD slot) {
+    if (slot == TLS_OUT_OF_INDEXES) return nullptr;
+    const DWORD saved = GetLastError();
+    void* const value = TlsGetValue(slot);
+    SetLastError(saved);
+    return value;
+}
+
+}  // namespace
+
+namespace small_heap {
+
+ThreadCache& CurrentCache() {
+    const DWORD slot = g_slot;
+    void* const cache = slot < kDirectSlots ? NtCurrentTeb()->TlsSlots[slot] : OfOtherSlot(slot);
+    return cache ? *static_cast<ThreadCache*>(cache) : g_none;
+}
+
+}  // namespace small_heap
+
+namespace small_system {
+
+char* Reserve(std::size_t size, std::size_t) {  // the system aligns to 64 KiB
+    return static_cast<char*>(VirtualAlloc(nullptr, size, MEM_RESERVE, PAGE_NOACCESS));
+}
+
+bool Commit(char* at, std::size_t size) {
+    return VirtualAlloc(at, size, MEM_COMMIT, PAGE_READWRITE) != nullptr;
+}
+
+void Decommit(char* at, std::size_t size) { VirtualFree(at, size, MEM_DECOMMIT); }
+void Release(char* region, std::size_t) { VirtualFree(region, 0, MEM_RELEASE); }
+
+void Lock() {
+    InitOnceExecuteOnce(&g_once, &CreateLock, nullptr, nullptr);
+    EnterCriticalSection(&g_lock);
+}
+
+void Unlock() { LeaveCriticalSection(&g_lock); }
+
+bool WatchThreads() {
+    const DWORD slot = TlsAlloc();
+    if (slot == TLS_OUT_OF_INDEXES) return false;
+    g_end = FlsAlloc(&OnThreadEnd);
+    if (g_end == FLS_OUT_OF_INDEXES) {
+        TlsFree(slot);
+        return false;
+    }
+    g_slot = slot;
+    return true;
+}
+
+void UnwatchThreads() {
+    const DWORD slot = g_slot;
+    g_slot = TLS_OUT_OF_INDEXES;
+    FlsFree(g_end);
+    TlsFree(slot);
+}
+
+small_heap::ThreadCache* AttachCache() {
+    if (TlsGetValue(g_slot)) return nullptr;
+    void* const cache = std::calloc(1, sizeof(small_heap::ThreadCache));
+    if (cache && (!FlsSetValue(g_end, cache) || !TlsSetValue(g_slot, cache))) {
+        FlsSetValue(g_end, nullptr);
+        std::free(cache);
+        return nullptr;
+    }
+    return static_cast<small_heap::ThreadCache*>(cache);
+}
+
+}  // namespace small_system
