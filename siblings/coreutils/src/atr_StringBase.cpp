@@ -11,6 +11,7 @@
 namespace {
 
 constinit const char g_emptyText[1] = {'\0'};
+constexpr int kShort = 1024;
 
 [[noreturn]] void RaiseOutOfText() {
     KZMBasFatalError("AssertionFailed:pos >= 0 && pos <= Length()", "", "", "", "atr_StringBase",
@@ -36,10 +37,28 @@ void Put(char* to, const char* from, int n) {
     if (n > 0) std::memmove(to, from, static_cast<std::size_t>(n));
 }
 
+// As memcpy; names are short, and for them a call costs more than the bytes.
+void CopyShort(char* to, const char* from, std::size_t n) {
+    if (n - 8 > 24) {
+        std::memcpy(to, from, n);
+        return;
+    }
+    std::uint64_t parts[4];  // from both ends; in the middle they overlap
+    const std::size_t inner = n > 16 ? 8 : 0;
+    std::memcpy(&parts[0], from, 8);
+    std::memcpy(&parts[1], from + inner, 8);
+    std::memcpy(&parts[2], from + n - 8 - inner, 8);
+    std::memcpy(&parts[3], from + n - 8, 8);
+    std::memcpy(to, &parts[0], 8);
+    std::memcpy(to + inner, &parts[1], 8);
+    std::memcpy(to + n - 8 - inner, &parts[2], 8);
+    std::memcpy(to + n - 8, &parts[3], 8);
+}
+
 atr_StringRecord* RecordOf(const char* s, int n) {
     if (n <= 0) return nullptr;
     atr_StringRecord* const rep = NewRecord(n);
-    Put(rep->Text(), s, n);
+    CopyShort(rep->Text(), s, static_cast<std::size_t>(n));
     rep->Text()[n] = '\0';
     rep->m_length = n;
     return rep;
@@ -207,6 +226,8 @@ void atr_StringBase::Splice(int pos, int removed, const char* s, int added) {
         if (Exclusive() && newLength > length) {
             const int grown = m_rep->m_capacity;
             capacity = std::max(newLength, grown > INT_MAX / 3 * 2 ? INT_MAX : grown + grown / 2);
+        } else if (length > 0 && newLength > length && newLength < kShort) {
+            capacity += newLength / 2;  // a copy to which is added will often get more
         }
         rep = NewRecord(capacity);
         char* const text = rep->Text();
