@@ -1,11 +1,19 @@
-// The text type of the interface beside std::string: names like Set-123 and longer texts.
-#include <benchmark/benchmark.h>
+// The text type of the interface beside std::string; an argument is a length in bytes.
 #include <cow/cow_String.h>
 
 #include <string>
-#include <vector>
+
+#include "support/started.h"
+#include "support/workload.h"
+
+template <>
+constexpr const char* bench::kWho<cow_String> = "cow_String";
+template <>
+constexpr const char* bench::kWho<std::string> = "std::string";
 
 namespace {
+
+const bench::Started g_started;
 
 std::string Name(const benchmark::State& state) {
     return std::string(static_cast<size_t>(state.range(0)) - 3, 'x') + "123";
@@ -14,56 +22,69 @@ std::string Name(const benchmark::State& state) {
 const char* Bytes(const cow_String& text) { return text.CStr(); }
 const char* Bytes(const std::string& text) { return text.c_str(); }
 
+template <class Text>
+std::uint64_t Length(const Text& text) {
+    return std::string_view(text).size();
+}
+
 // What does passing a text by value cost?
 template <class Text>
-void BM_Copy(benchmark::State& state) {
+void Copy(benchmark::State& state) {
     const Text original(Name(state).c_str());
+    std::uint64_t length = 0;
     for (auto _ : state) {
-        Text copy = original;
+        const Text copy = original;
         benchmark::DoNotOptimize(Bytes(copy));
+        length = Length(copy);
     }
+    bench::Result(state, length);
 }
 
 template <class Text>
-void BM_Make(benchmark::State& state) {
+void Make(benchmark::State& state) {
     const std::string name = Name(state);
+    std::uint64_t length = 0;
     for (auto _ : state) {
-        Text text(name.c_str());
+        const Text text(name.c_str());
         benchmark::DoNotOptimize(Bytes(text));
+        length = Length(text);
     }
+    bench::Result(state, length);
 }
 
-// Copying a text and appending to the copy: the first write makes it private.
+// Two texts added to a copy, as when a name is put together from parts.
 template <class Text>
-void BM_AppendToCopy(benchmark::State& state) {
+void AppendTwo(benchmark::State& state) {
     const Text original(Name(state).c_str());
+    std::uint64_t length = 0;
     for (auto _ : state) {
         Text copy = original;
+        copy += original;
         copy += "-suffix";
         benchmark::DoNotOptimize(Bytes(copy));
+        length = Length(copy);
     }
+    bench::Result(state, length);
 }
 
 // Comparing equal texts that do not share, as in a look-up by name.
 template <class Text>
-void BM_Equal(benchmark::State& state) {
+void Equal(benchmark::State& state) {
     const Text a(Name(state).c_str());
     const Text b(Name(state).c_str());
+    bool equal = false;
     for (auto _ : state) {
         benchmark::DoNotOptimize(Bytes(a));
-        benchmark::DoNotOptimize(a == b);
+        benchmark::DoNotOptimize(equal = a == b);
     }
+    bench::Result(state, equal);
 }
 
 void Lengths(benchmark::internal::Benchmark* b) { b->Arg(7)->Arg(15)->Arg(16)->Arg(100); }
 
-BENCHMARK(BM_Copy<cow_String>)->Apply(Lengths);
-BENCHMARK(BM_Copy<std::string>)->Apply(Lengths);
-BENCHMARK(BM_Make<cow_String>)->Apply(Lengths);
-BENCHMARK(BM_Make<std::string>)->Apply(Lengths);
-BENCHMARK(BM_AppendToCopy<cow_String>)->Apply(Lengths);
-BENCHMARK(BM_AppendToCopy<std::string>)->Apply(Lengths);
-BENCHMARK(BM_Equal<cow_String>)->Apply(Lengths);
-BENCHMARK(BM_Equal<std::string>)->Apply(Lengths);
+KZM_WORKLOAD(Copy, Lengths, cow_String, std::string);
+KZM_WORKLOAD(Make, Lengths, cow_String, std::string);
+KZM_WORKLOAD(AppendTwo, Lengths, cow_String, std::string);
+KZM_WORKLOAD(Equal, Lengths, cow_String, std::string);
 
 }  // namespace

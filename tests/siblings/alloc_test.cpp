@@ -74,6 +74,22 @@ TEST(TinyBlocks, CostLittleMoreThanTheirSizeAndMayGrow) {
     }
 }
 
+TEST(TinyBlocks, GiveTheirMemoryBackToOtherSizesAndToTheSystem) {
+    const RunningAlloc running;
+    std::vector<void*> blocks(200000);
+    const auto mebibytes = [] {
+        return static_cast<int>(host_heap::SmallState().committedBytes >> 20);
+    };
+    for (void*& each : blocks) each = mem_Malloc(512);
+    const int most = mebibytes();
+    for (void* const each : blocks) mem_Free(each);
+    const int kept = mebibytes();
+    EXPECT_LE(kept, most * 3 / 4);
+    for (void*& each : blocks) each = mem_Malloc(32);
+    EXPECT_EQ(mebibytes(), kept);
+    for (void* const each : blocks) mem_Free(each);
+}
+
 // Threads hand blocks to each other through common slots and free what others took.
 TEST(TinyBlocks, MayBeFreedByAnyThreadAndAfterTheStop) {
     const StoppedAlloc stopped;
@@ -83,7 +99,7 @@ TEST(TinyBlocks, MayBeFreedByAnyThreadAndAfterTheStop) {
         const auto work = [&](unsigned seed) {
             std::minstd_rand rng(seed);
             for (int i = 0; i < 60000; ++i) {
-                unsigned char* const fresh = Take(static_cast<unsigned>(rng() % 32 + 1));
+                unsigned char* const fresh = Take(static_cast<unsigned>(rng() % 200 + 1));
                 unsigned char* const taken = slots[rng() % slots.size()].exchange(fresh);
                 if (taken && !Intact(taken, taken[0])) ++damaged;
                 mem_Free(taken);

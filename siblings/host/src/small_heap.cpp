@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kRecords = kRegion >> kChunkShift << kRecordShift;
 constexpr std::size_t kFirstChunk = (kRecords + kChunk - 1) >> kChunkShift;
-constexpr std::size_t kMostIdle = (sizeof(void*) == 8 ? 16U << 20 : 4U << 20) / kChunk;
+constexpr std::size_t kMostIdle = (sizeof(void*) == 8 ? 64U << 20 : 8U << 20) / kChunk;
 constexpr unsigned kPage = 4096;  // of blocks never used a list gets at most so much at once
 
 // Everything here is under the lock, and so are the central cache's chunks.

@@ -41,11 +41,14 @@ void* OfOtherSlot(DWORD slot) {
 
 namespace small_heap {
 
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Warray-bounds"  // it takes the block's address for an array's
 ThreadCache& CurrentCache() {
     const DWORD slot = g_slot;
     void* const cache = slot < kDirectSlots ? NtCurrentTeb()->TlsSlots[slot] : OfOtherSlot(slot);
     return cache ? *static_cast<ThreadCache*>(cache) : g_none;
 }
+#pragma GCC diagnostic pop
 
 }  // namespace small_heap
 
