@@ -17,20 +17,6 @@ Conduction::Conduction(const Mesh& mesh, const Adjacency& elementsAt, double con
       m_factor(conductivity * kMetresPerUnit),
       m_position(mesh.Nodes(), -1) {}
 
-const std::vector<int>& Conduction::Columns(int row) {
-    m_columns.clear();
-    const auto* link = m_elementsAt.GetFirst(m_mesh.labels[At(row)]);
-    for (; link != nullptr; link = link->next) {
-        for (const int corner : m_mesh.elements[At(link->value)]) {
-            if (m_position[At(corner)] >= 0) continue;
-            m_position[At(corner)] = 0;
-            m_columns.push_back(corner);
-        }
-    }
-    for (const int column : m_columns) m_position[At(column)] = -1;
-    return m_columns;
-}
-
 const std::vector<std::pair<int, double>>& Conduction::Row(int row) {
     constexpr std::size_t kOpposite[4][3] = {{1, 2, 3}, {0, 3, 2}, {0, 1, 3}, {0, 2, 1}};
     m_row.clear();
@@ -83,32 +69,27 @@ System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& 
     }
     const auto unknowns = static_cast<Eigen::Index>(rowOf.size());
 
-    // The size of the matrix must be known before its arrays are made.
+    std::vector<int> columns;  // grow; work arrays have one size
+    std::vector<double> values;
+    columns.reserve(16 * rowOf.size());
+    values.reserve(16 * rowOf.size());
     int* const starts = arrays.New<int>("matrix row starts", rowOf.size() + 1);
-    std::size_t values = 0;
-    for (std::size_t i = 0; i < rowOf.size(); ++i) {
-        for (const int column : conduction.Columns(rowOf[i])) {
-            if (unknownOf[At(column)] >= 0) ++values;
-        }
-        starts[i + 1] = static_cast<int>(values);
-    }
-    int* const columns = arrays.New<int>("matrix columns", values);
-    double* const value = arrays.New<double>("matrix values", values);
     WorkArrays::Vector load = arrays.NewVector("right-hand side", unknowns);
-    int next = 0;
-    for (Eigen::Index i = 0; i < unknowns; ++i) {
-        for (const auto& [column, coefficient] :
-             conduction.Row(rowOf[static_cast<std::size_t>(i)])) {
+    for (std::size_t i = 0; i < rowOf.size(); ++i) {
+        for (const auto& [column, value] : conduction.Row(rowOf[i])) {
             const int other = unknownOf[At(column)];
             if (other >= 0) {
-                columns[next] = other;
-                value[next++] = coefficient;
+                columns.push_back(other);
+                values.push_back(value);
             } else {
-                load[i] -= coefficient * prescribed[At(column)];
+                load[static_cast<Eigen::Index>(i)] -= value * prescribed[At(column)];
             }
         }
+        starts[i + 1] = static_cast<int>(values.size());
     }
-    const System::Matrix matrix(unknowns, unknowns, next, starts, columns, value);
+    const System::Matrix matrix(unknowns, unknowns, static_cast<Eigen::Index>(values.size()),
+                                starts, arrays.NewCopy("matrix columns", columns),
+                                arrays.NewCopy("matrix values", values));
     WorkArrays::Vector guess = arrays.NewVector("solution", unknowns);
     const auto [lowest, highest] = std::minmax_element(
         held.begin(), held.end(), [](const auto& a, const auto& b) { return a.value < b.value; });

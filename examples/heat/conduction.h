@@ -15,9 +15,6 @@ public:
     // Mesh and adjacency must outlive it.
     Conduction(const Mesh& mesh, const Adjacency& elementsAt, double conductivity);
 
-    // The columns in which the row may have values, in no order; valid until the next call.
-    const std::vector<int>& Columns(int row);
-
     // The row's columns in ascending order with their values; valid until the next call.
     const std::vector<std::pair<int, double>>& Row(int row);
 
@@ -26,7 +23,6 @@ private:
     const Adjacency& m_elementsAt;
     double m_factor;
     std::vector<int> m_position;  // of a column in m_row, -1 where it has none
-    std::vector<int> m_columns;
     std::vector<std::pair<int, double>> m_row;
 };
 

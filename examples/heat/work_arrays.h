@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <new>
+#include <vector>
 
 namespace heat {
 
@@ -30,6 +31,12 @@ public:
         T* const values = static_cast<T*>(m_variables.getVariable(number));
         std::fill_n(values, count, T());
         return values;
+    }
+    template <class T>
+    T* NewCopy(const char* name, const std::vector<T>& values) {
+        T* const copy = New<T>(name, values.size());
+        std::copy(values.begin(), values.end(), copy);
+        return copy;
     }
     Vector NewVector(const char* name, Eigen::Index size) {
         return Vector(New<double>(name, static_cast<std::size_t>(size)), size);
