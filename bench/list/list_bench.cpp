@@ -1,197 +1,232 @@
-// The list of the interface beside the standard sequences and, where it is installed, the shared
-// vector of Qt: the work that lists are made for, and what the sharing costs where nothing shares.
-#include <benchmark/benchmark.h>
+// The list by value beside the standard sequences and the shared ones of Qt: what lists are made
+// for, and what the sharing costs where nothing shares.
 #include <cow/cow_List.h>
 
-#include <concepts>
 #include <deque>
 #include <vector>
+
+#include "support/keys.h"
+#include "support/memory.h"
 #ifdef KZM_BENCH_QT
+#include <QList>
 #include <QVector>
 #endif
 
 namespace {
 
-using List = cow_List<int>;
-// The same, made ready for its elements, so that its blocks are large.
-struct SizedList : List {};
-using Vector = std::vector<int>;
-using Deque = std::deque<int>;
+// All of them have Append, At, Set and Assign; some Prepend. A sized one is made ready for its
+// elements beforehand.
+class List : public cow_List<int> {
+public:
+    static constexpr const char* kWho = "cow_List";
+    explicit List(std::size_t) {}
+    explicit List(cow_List<int> list) : cow_List<int>(list) {}
+    std::size_t Size() const { return static_cast<std::size_t>(Length()); }
+    int At(int i) const { return ConstGet(i); }
+    void Set(int i, int v) { Get(i) = v; }
+    void Assign(const std::vector<int>& from) {
+        SetFromArray(from.data(), static_cast<int>(from.size()));
+    }
+};
+class SizedList : public List {
+public:
+    static constexpr const char* kWho = "cow_List(sized)";
+    explicit SizedList(std::size_t n)
+        : List(cow_List<int>(cow_ListConstruct(), static_cast<int>(n))) {}
+};
 
-template <class C>
-concept Standard = !std::derived_from<C, List>;
+template <class Sequence>
+class Standard : public Sequence {
+public:
+    explicit Standard(std::size_t) {}
+    void Append(int v) { this->push_back(v); }
+    void Prepend(int v) { this->push_front(v); }
+    std::size_t Size() const { return static_cast<std::size_t>(this->size()); }
+    int At(int i) const { return (*this)[static_cast<Index>(i)]; }
+    void Set(int i, int v) { (*this)[static_cast<Index>(i)] = v; }
+    void Assign(const std::vector<int>& from) {
+        if constexpr (requires { this->assign(from.begin(), from.end()); })
+            this->assign(from.begin(), from.end());
+        else
+            static_cast<Sequence&>(*this) = Sequence(from.begin(), from.end());
+    }
 
-template <Standard C>
-void Append(C& c, int v) {
-    c.push_back(v);
-}
-void Append(List& list, int v) { list.Append(v); }
-
-void Prepend(List& list, int v) { list.Prepend(v); }
-void Prepend(Deque& deque, int v) { deque.push_front(v); }
-
-template <Standard C>
-int Read(const C& c, int i) {
-    return c[static_cast<std::size_t>(i)];
-}
-int Read(const List& list, int i) { return list.ConstGet(i); }
-
-template <Standard C>
-void Write(C& c, int i, int v) {
-    c[static_cast<std::size_t>(i)] = v;
-}
-void Write(List& list, int i, int v) { list.Get(i) = v; }
-
-template <Standard C>
-void Assign(C& c, const Vector& from) {
-    c.assign(from.begin(), from.end());
-}
-void Assign(List& list, const Vector& from) {
-    list.SetFromArray(from.data(), static_cast<int>(from.size()));
-}
-
+private:
+    using Index = decltype(std::declval<Sequence>().size());
+};
+struct Vector : Standard<std::vector<int>> {
+    static constexpr const char* kWho = "std::vector";
+    using Standard::Standard;
+};
+struct SizedVector : Vector {
+    static constexpr const char* kWho = "std::vector(reserved)";
+    explicit SizedVector(std::size_t n) : Vector(n) { reserve(n); }
+};
+struct Deque : Standard<std::deque<int>> {
+    static constexpr const char* kWho = "std::deque";
+    using Standard::Standard;
+};
 #ifdef KZM_BENCH_QT
-using Shared = QVector<int>;
-int Read(const Shared& vector, int i) { return vector.at(i); }
-void Write(Shared& vector, int i, int v) { vector[i] = v; }
-#endif
-
-template <class C>
-C Empty(const benchmark::State&) {
-    return C();
-}
-template <>
-SizedList Empty(const benchmark::State& state) {
-    return {List(cow_ListConstruct(), static_cast<int>(state.range(0)))};
-}
-
-template <class C>
-C Filled(const benchmark::State& state) {
-    C c = Empty<C>(state);
-    for (int i = 0; i < state.range(0); ++i) Append(c, i);
-    return c;
-}
-
-// Filling from empty: what do blocks cost, and what do they save by never moving elements?
-template <class C>
-void BM_Append(benchmark::State& state) {
-    for (auto _ : state) {
-        const C c = Filled<C>(state);
-        benchmark::DoNotOptimize(&c);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-template <class C>
-void BM_Prepend(benchmark::State& state) {
-    for (auto _ : state) {
-        C c;
-        for (int i = 0; i < state.range(0); ++i) Prepend(c, i);
-        benchmark::DoNotOptimize(&c);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-// Range-for over everything.
-template <class C>
-void BM_Walk(benchmark::State& state) {
-    const C c = Filled<C>(state);
-    for (auto _ : state) {
-        unsigned sum = 0;
-        for (const int each : c) sum += static_cast<unsigned>(each);
-        benchmark::DoNotOptimize(sum);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-// Reading, then writing, by index in scattered order.
-template <class C>
-void BM_ReadAt(benchmark::State& state) {
-    const C c = Filled<C>(state);
-    const int mask = static_cast<int>(state.range(0)) - 1;
-    for (auto _ : state) {
-        unsigned sum = 0;
-        for (int i = 0; i <= mask; ++i) sum += static_cast<unsigned>(Read(c, i * 77 & mask));
-        benchmark::DoNotOptimize(sum);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-template <class C>
-void BM_WriteAt(benchmark::State& state) {
-    C c = Filled<C>(state);
-    const int mask = static_cast<int>(state.range(0)) - 1;
-    for (auto _ : state) {
-        for (int i = 0; i <= mask; ++i) Write(c, i * 77 & mask, i);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-// Passing by value.
-template <class C>
-void BM_Copy(benchmark::State& state) {
-    const C original = Filled<C>(state);
-    for (auto _ : state) {
-        C copy = original;
-        benchmark::DoNotOptimize(&copy);
-    }
-}
-
-// Keeping a snapshot: copy, write one element, drop the copy. The list pays for its block table
-// and one block; how far below those that copy everything?
-template <class C>
-void BM_SnapshotAndWrite(benchmark::State& state) {
-    const C original = Filled<C>(state);
-    for (auto _ : state) {
-        C copy = original;
-        Write(copy, 7, 1);
-        benchmark::DoNotOptimize(&copy);
-    }
-}
-
-// Replacing all elements in bulk: how close to one memcpy?
-template <class C>
-void BM_Assign(benchmark::State& state) {
-    const Vector source(static_cast<std::size_t>(state.range(0)), 3);
-    C c = Filled<C>(state);
-    for (auto _ : state) {
-        Assign(c, source);
-        benchmark::ClobberMemory();
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-void Sizes(benchmark::internal::Benchmark* b) { b->Arg(1 << 10)->Arg(1 << 20); }
-
-void SnapshotSizes(benchmark::internal::Benchmark* b) {
-    for (int n = 1000; n <= 1000000; n *= 10) b->Arg(n);
-}
-
-#define KZM_BENCH_STANDARD(work)              \
-    BENCHMARK(work<List>)->Apply(Sizes);      \
-    BENCHMARK(work<SizedList>)->Apply(Sizes); \
-    BENCHMARK(work<Vector>)->Apply(Sizes);    \
-    BENCHMARK(work<Deque>)->Apply(Sizes);
-#ifdef KZM_BENCH_QT
-#define KZM_BENCH_ALL(work) KZM_BENCH_STANDARD(work) BENCHMARK(work<Shared>)->Apply(Sizes);
+struct QtVector : Standard<QVector<int>> {
+    static constexpr const char* kWho = "Qt::QVector";
+    using Standard::Standard;
+};
+struct QtList : Standard<QList<int>> {
+    static constexpr const char* kWho = "Qt::QList";
+    using Standard::Standard;
+};
 #else
-#define KZM_BENCH_ALL(work) KZM_BENCH_STANDARD(work)
+using QtVector = bench::Missing;
+using QtList = bench::Missing;
 #endif
 
-KZM_BENCH_ALL(BM_Append)
-BENCHMARK(BM_Prepend<List>)->Apply(Sizes);
-BENCHMARK(BM_Prepend<Deque>)->Apply(Sizes);
-KZM_BENCH_ALL(BM_Walk)
-KZM_BENCH_ALL(BM_ReadAt)
-KZM_BENCH_ALL(BM_WriteAt)
-KZM_BENCH_ALL(BM_Copy)
-BENCHMARK(BM_SnapshotAndWrite<List>)->Apply(SnapshotSizes);
-BENCHMARK(BM_SnapshotAndWrite<SizedList>)->Apply(SnapshotSizes);
-BENCHMARK(BM_SnapshotAndWrite<Vector>)->Apply(SnapshotSizes);
-BENCHMARK(BM_SnapshotAndWrite<Deque>)->Apply(SnapshotSizes);
-#ifdef KZM_BENCH_QT
-BENCHMARK(BM_SnapshotAndWrite<Shared>)->Apply(SnapshotSizes);
-#endif
-KZM_BENCH_STANDARD(BM_Assign)
+template <class Sequence>
+Sequence Filled(std::size_t count) {
+    Sequence sequence(count);
+    for (std::size_t i = 0; i < count; ++i) sequence.Append(static_cast<int>(i));
+    return sequence;
+}
+template <class Sequence>
+Sequence& FilledOnce(const benchmark::State& state) {
+    return bench::Once(state, [&] { return Filled<Sequence>(bench::Count(state)); });
+}
+template <class Sequence>
+unsigned Sum(const Sequence& sequence) {
+    unsigned sum = 0;
+    for (const int each : sequence) sum += static_cast<unsigned>(each);
+    return sum;
+}
+
+// Growing from nothing, one by one, and the end.
+template <class Sequence>
+void Append(benchmark::State& state) {
+    std::size_t size = 0;
+    for (auto _ : state) {
+        const Sequence sequence = Filled<Sequence>(bench::Count(state));
+        size = sequence.Size();
+        bench::Keep(&sequence);
+    }
+    bench::Result(state, size);
+    bench::EachOf(state, bench::Count(state));
+    bench::MeasureBytes(state, bench::Count(state), [](std::int64_t count, std::int64_t) {
+        return bench::BytesOf([&] { return Filled<Sequence>(static_cast<std::size_t>(count)); });
+    });
+}
+
+// Growing at the front.
+template <class Sequence>
+void Prepend(benchmark::State& state) {
+    std::size_t size = 0;
+    for (auto _ : state) {
+        Sequence sequence(bench::Count(state));
+        for (std::int64_t i = 0; i < state.range(0); ++i) sequence.Prepend(static_cast<int>(i));
+        size = sequence.Size();
+        bench::Keep(&sequence);
+    }
+    bench::Result(state, size);
+    bench::EachOf(state, bench::Count(state));
+}
+
+// A pass over all elements.
+template <class Sequence>
+void Iterate(benchmark::State& state) {
+    const Sequence& sequence = FilledOnce<Sequence>(state);
+    unsigned sum = 0;
+    for (auto _ : state) {
+        sum = Sum(sequence);
+        bench::Keep(sum);
+    }
+    bench::Result(state, sum);
+    bench::EachOf(state, bench::Count(state));
+}
+
+// Reading by index, in no order.
+template <class Sequence>
+void ReadRandom(benchmark::State& state) {
+    const Sequence& sequence = FilledOnce<Sequence>(state);
+    std::vector<int> places(bench::Count(state));
+    for (std::size_t i = 0; i < places.size(); ++i) places[i] = static_cast<int>(i);
+    places = bench::Shuffled(places);
+    unsigned sum = 0;
+    for (auto _ : state) {
+        sum = 0;
+        for (const int i : places) sum = sum * 5 + static_cast<unsigned>(sequence.At(i));
+        bench::Keep(sum);
+    }
+    bench::Result(state, sum);
+    bench::EachOf(state, places.size());
+}
+
+// Writing by index, in no order, where nothing shares.
+template <class Sequence>
+void WriteRandom(benchmark::State& state) {
+    Sequence& sequence = FilledOnce<Sequence>(state);
+    const std::vector<int> places = bench::Shuffled(bench::NodeNumbers(bench::Count(state), 1));
+    for (auto _ : state) {
+        for (const int i : places) sequence.Set(i - 1, i - 1);
+        benchmark::ClobberMemory();
+    }
+    bench::Result(state, Sum(sequence));
+    bench::EachOf(state, places.size());
+}
+
+// Passing by value: copy and drop.
+template <class Sequence>
+void CopyDrop(benchmark::State& state) {
+    const Sequence& original = FilledOnce<Sequence>(state);
+    for (auto _ : state) {
+        const Sequence copy = original;
+        bench::Keep(&copy);
+    }
+    bench::Result(state, Sum(Sequence(original)));
+}
+
+// Keeping a state: copy, write one element of the original, drop the copy.
+template <class Sequence>
+void SnapshotWrite(benchmark::State& state) {
+    Sequence& sequence = FilledOnce<Sequence>(state);
+    const int count = static_cast<int>(state.range(0));
+    int place = 0;
+    for (auto _ : state) {
+        const Sequence snapshot = sequence;
+        sequence.Set(place, place);
+        bench::Keep(&snapshot);
+        place = (place + 77777) % count;
+    }
+    bench::Result(state, Sum(sequence));
+}
+
+// Replacing all elements by those of an array.
+template <class Sequence>
+void Assign(benchmark::State& state) {
+    const std::vector<int> source(bench::Count(state), 3);
+    Sequence sequence(source.size());
+    for (auto _ : state) {
+        sequence.Assign(source);
+        benchmark::ClobberMemory();
+    }
+    bench::Result(state, Sum(sequence));
+    bench::EachOf(state, source.size());
+}
+
+void Growth(benchmark::internal::Benchmark* b) {
+    b->ArgName("elements")->Arg(10000)->Arg(100000)->Arg(1000000)->Arg(10000000);
+}
+void Elements(benchmark::internal::Benchmark* b) {
+    b->ArgName("elements")->Arg(1000)->Arg(1000000);
+}
+void Snapshots(benchmark::internal::Benchmark* b) {
+    b->ArgName("elements")->Arg(1000)->Arg(10000)->Arg(100000)->Arg(1000000);
+}
+
+using All = bench::Types<List, SizedList, Vector, Deque, QtVector, QtList>;
+KZM_WORKLOAD(Append, Growth, All, SizedVector);
+KZM_WORKLOAD(Prepend, Elements, List, SizedList, Deque, QtList);
+KZM_WORKLOAD(Iterate, Elements, All);
+KZM_WORKLOAD(ReadRandom, Elements, All);
+KZM_WORKLOAD(WriteRandom, Elements, All);
+KZM_WORKLOAD(CopyDrop, Elements, All);
+KZM_WORKLOAD(SnapshotWrite, Snapshots, All);
+KZM_WORKLOAD(Assign, Elements, All);
 
 }  // namespace

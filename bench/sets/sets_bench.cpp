@@ -1,215 +1,165 @@
-// Sets of node numbers: the bit-vector set and the lazy array beside CRoaring, Judy and std::set.
-#include <Judy.h>
-#include <benchmark/benchmark.h>
-#include <malloc.h>
+// Sets of node numbers as models have them.
 #include <omi/omi_GeneratedSet.h>
-#include <omi/omi_Set.h>
-#include <omi/omi_SparseSet.h>
-#include <roaring/roaring.h>
 
-#include <algorithm>
-#include <random>
-#include <set>
-#include <utility>
 #include <vector>
+
+#include "support/keys.h"
+#include "support/memory.h"
+#include "support/number_sets.h"
 
 namespace {
 
-class Roaring {
-public:
-    Roaring() : m_bits(roaring_bitmap_create()) {}
-    Roaring(const Roaring& other) : m_bits(roaring_bitmap_copy(other.m_bits)) {}
-    Roaring& operator=(const Roaring&) = delete;
-    ~Roaring() { roaring_bitmap_free(m_bits); }
-    void Insert(int v) { roaring_bitmap_add(m_bits, static_cast<unsigned>(v)); }
-    bool IsMember(int v) const { return roaring_bitmap_contains(m_bits, static_cast<unsigned>(v)); }
-    auto Size() const { return roaring_bitmap_get_cardinality(m_bits); }
-    Roaring& operator+=(const Roaring& other) {
-        roaring_bitmap_or_inplace(m_bits, other.m_bits);
-        return *this;
-    }
-    Roaring& operator&=(const Roaring& other) {
-        roaring_bitmap_and_inplace(m_bits, other.m_bits);
-        return *this;
-    }
-    long Sum() const {
-        long sum = 0;
-        roaring_iterate(
-            m_bits,
-            [](unsigned v, void* to) {
-                *static_cast<long*>(to) += v;
-                return true;
-            },
-            &sum);
-        return sum;
-    }
+using Numbers = std::vector<int>;
 
-private:
-    roaring_bitmap_t* m_bits;
-};
-
-class Judy {
-public:
-    Judy() = default;
-    Judy(const Judy& other) { *this += other; }
-    Judy& operator=(const Judy&) = delete;
-    ~Judy() { Judy1FreeArray(&m_bits, nullptr); }
-    void Insert(int v) { Judy1Set(&m_bits, static_cast<Word_t>(v), nullptr); }
-    bool IsMember(int v) const { return Judy1Test(m_bits, static_cast<Word_t>(v), nullptr); }
-    auto Size() const { return Judy1Count(m_bits, 0, ~Word_t{0}, nullptr); }
-    Judy& operator+=(const Judy& other) {
-        Word_t v = 0;
-        for (int more = Judy1First(other.m_bits, &v, nullptr); more;
-             more = Judy1Next(other.m_bits, &v, nullptr))
-            Judy1Set(&m_bits, v, nullptr);
-        return *this;
-    }
-    Judy& operator&=(const Judy& other) {
-        Word_t v = 0;
-        for (int more = Judy1First(m_bits, &v, nullptr); more;
-             more = Judy1Next(m_bits, &v, nullptr))
-            if (!Judy1Test(other.m_bits, v, nullptr)) Judy1Unset(&m_bits, v, nullptr);
-        return *this;
-    }
-    long Sum() const {
-        long sum = 0;
-        Word_t v = 0;
-        for (int more = Judy1First(m_bits, &v, nullptr); more;
-             more = Judy1Next(m_bits, &v, nullptr))
-            sum += static_cast<long>(v);
-        return sum;
-    }
-
-private:
-    void* m_bits = nullptr;
-};
-
-class Tree : public std::set<int> {
-public:
-    void Insert(int v) { insert(v); }
-    bool IsMember(int v) const { return count(v) != 0; }
-    auto Size() const { return size(); }
-    Tree& operator+=(const Tree& other) {
-        insert(other.begin(), other.end());
-        return *this;
-    }
-    Tree& operator&=(const Tree& other) {
-        std::erase_if(*this, [&](int v) { return other.count(v) == 0; });
-        return *this;
-    }
-};
-
-template <class Set>
-long Sum(const Set& set) {
-    if constexpr (requires { set.Sum(); }) {
-        return set.Sum();
-    } else {
-        long sum = 0;
-        for (const int v : set) sum += v;
-        return sum;
-    }
-}
-
-// Count numbers as boundary sets have them: 32 patches of every third number, shuffled; or, with
-// apart, uniform over all of 31 bits.
-std::vector<int> Numbers(int count, bool apart, unsigned seed) {
+// The numbers of boundary sets: `patches` patches of every third number, in no order; or, with 0
+// patches, numbers that are spread evenly over 31 bits.
+Numbers Members(std::int64_t count, std::int64_t patches, unsigned seed) {
     std::minstd_rand random(seed);
-    std::vector<int> numbers;
+    Numbers numbers;
     for (int i = 0; i < count; ++i) {
-        const int patch = i % 32 * 60000 + static_cast<int>(seed % 7) + i / 32 * 3;
-        numbers.push_back(apart ? static_cast<int>(random()) : patch);
+        const int patch = static_cast<int>(patches);
+        numbers.push_back(patch == 0
+                              ? static_cast<int>(random())
+                              : i % patch * 60000 + static_cast<int>(seed % 7) + i / patch * 3);
     }
-    std::shuffle(numbers.begin(), numbers.end(), random);
-    return numbers;
+    return bench::Shuffled(numbers, seed);
 }
 
 template <class Set>
-Set Filled(const std::vector<int>& numbers) {
+Set Filled(const Numbers& numbers) {
     Set set;
     for (const int v : numbers) set.Insert(v);
     return set;
 }
-
-template <class Set>
-Set Example(const benchmark::State& state, unsigned seed) {
-    return Filled<Set>(Numbers(static_cast<int>(state.range(0)), state.range(1) != 0, seed));
+template <class Set, unsigned seed = 1>
+const Set& FilledOnce(const benchmark::State& state) {
+    const auto make = [&] {
+        Set set = Filled<Set>(Members(state.range(0), state.range(1), seed));
+        bench::Keep(set.Size());
+        return set;
+    };
+    return bench::Once(state.range(0), state.range(1), make);
 }
 
-// What do collecting members in no order and one question for their number cost, and how many bytes
-// does a member take then?
+// Collecting members in no order, and asking once for their number.
 template <class Set>
-void BM_Collect(benchmark::State& state) {
-    const auto numbers = Numbers(static_cast<int>(state.range(0)), state.range(1) != 0, 1);
+void Collect(benchmark::State& state) {
+    const Numbers numbers = Members(state.range(0), state.range(1), 1);
+    std::size_t size = 0;
     for (auto _ : state) {
         const Set set = Filled<Set>(numbers);
-        benchmark::DoNotOptimize(set.Size());
+        size = static_cast<std::size_t>(set.Size());
+        bench::Keep(size);
     }
-    malloc_trim(0);
-    const auto before = mallinfo2();
-    const Set set = Filled<Set>(numbers);
-    benchmark::DoNotOptimize(set.Size());
-    const auto after = mallinfo2();
-    const double bytes =
-        static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd);
-    state.counters["bytes/member"] = bytes / static_cast<double>(set.Size());
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    bench::Result(state, size);
+    bench::EachOf(state, numbers.size());
+    bench::MeasureBytes(
+        state, numbers.size(),
+        [](std::int64_t count, std::int64_t patches) {
+            const Numbers members = Members(count, patches, 1);
+            return bench::BytesOf([&] {
+                Set set = Filled<Set>(members);
+                bench::Keep(set.Size());
+                return set;
+            });
+        },
+        state.range(1));
 }
 
-// Copy, union, then intersection with the second set: the price of an operator on words.
+// A copy, its union with another set, then what that has in common with a third.
 template <class Set>
-void BM_Combine(benchmark::State& state) {
-    const Set a = Example<Set>(state, 1);
-    const Set b = Example<Set>(state, 4);
-    benchmark::DoNotOptimize(a.Size() + b.Size());
+void Combine(benchmark::State& state) {
+    const Set& a = FilledOnce<Set, 1>(state);
+    const Set& b = FilledOnce<Set, 4>(state);
+    const Set& c = FilledOnce<Set, 3>(state);
+    std::size_t size = 0;
     for (auto _ : state) {
-        Set both(a);
-        both += b;
-        both &= b;
-        benchmark::DoNotOptimize(both.Size());
+        Set set(a);
+        set += b;
+        set &= c;
+        size = static_cast<std::size_t>(set.Size());
+        bench::Keep(size);
     }
+    bench::Result(state, size);
 }
 
+// Is a number a member? Members and their neighbours, in no order.
 template <class Set>
-void BM_IsMember(benchmark::State& state) {
-    const auto numbers = Numbers(static_cast<int>(state.range(0)), state.range(1) != 0, 1);
-    const Set set = Filled<Set>(numbers);
-    std::size_t next = 0;
+void IsMember(benchmark::State& state) {
+    const Set& set = FilledOnce<Set>(state);
+    Numbers asked = Members(state.range(0), state.range(1), 1);
+    for (std::size_t i = 0; i < asked.size(); i += 2) ++asked[i];
+    asked.resize(1000);
+    std::uint64_t found = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(set.IsMember(numbers[next] + 1));
-        next = next + 1 < numbers.size() ? next + 1 : 0;
+        found = 0;
+        for (const int v : asked) found += set.Has(v);
+        bench::Keep(found);
     }
+    bench::Result(state, found);
+    bench::EachOf(state, asked.size());
 }
 
+// A pass over the members.
 template <class Set>
-void BM_Walk(benchmark::State& state) {
-    const Set set = Example<Set>(state, 1);
-    for (auto _ : state) benchmark::DoNotOptimize(Sum(set));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-// A generated set never lists its members: what does a question cost it, by number of generators?
-void BM_IsMemberGenerated(benchmark::State& state) {
-    omi_GeneratedSet set;
-    for (int i = 0; i < state.range(0); ++i) set.Insert(i * 60000, i * 60000 + 30000, 3);
-    int v = 0;
+void IterateMembers(benchmark::State& state) {
+    const Set& set = FilledOnce<Set>(state);
+    std::uint64_t sum = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(set.IsMember(v));
-        v = (v + 9973) % (60000 * static_cast<int>(state.range(0)));
+        sum = 0;
+        set.Each([&](int v) { sum += static_cast<unsigned>(v); });
+        bench::Keep(sum);
     }
+    bench::Result(state, sum);
+    bench::EachOf(state, bench::Count(state));
 }
 
-void Cases(benchmark::internal::Benchmark* b) { b->Args({1000, 1})->Args({100000, 0}); }
+struct Generated : omi_GeneratedSet {
+    static constexpr const char* kWho = "omi_GeneratedSet";
+    bool Has(int v) const { return IsMember(v); }
+};
+template <class Set>
+void InsertEveryThird(Set& set, int first, int last) {
+    if constexpr (std::is_same_v<Set, Generated>)
+        set.Insert(first, last, 3);
+    else
+        for (int v = first; v <= last; v += 3) set.Insert(v);
+}
 
-#define KZM_BENCH_SETS(BM)                      \
-    BENCHMARK(BM<omi_Set>)->Apply(Cases);       \
-    BENCHMARK(BM<omi_SparseSet>)->Apply(Cases); \
-    BENCHMARK(BM<Roaring>)->Apply(Cases);       \
-    BENCHMARK(BM<Judy>)->Apply(Cases);          \
-    BENCHMARK(BM<Tree>)->Apply(Cases)
-KZM_BENCH_SETS(BM_Collect);
-KZM_BENCH_SETS(BM_Combine);
-KZM_BENCH_SETS(BM_Walk);
-KZM_BENCH_SETS(BM_IsMember);
-BENCHMARK(BM_IsMemberGenerated)->Arg(1)->Arg(32);
+// Every third number of several ranges: is a number a member?
+template <class Set>
+void GeneratedIsMember(benchmark::State& state) {
+    Set set;
+    const int ranges = static_cast<int>(state.range(0));
+    for (int i = 0; i < ranges; ++i) InsertEveryThird(set, i * 60000, i * 60000 + 30000);
+    std::uint64_t found = 0;
+    for (auto _ : state) {
+        found = 0;
+        for (int i = 0, v = 0; i < 1000; ++i, v = (v + 9973) % (60000 * ranges))
+            found += set.Has(v);
+        bench::Keep(found);
+    }
+    bench::Result(state, found);
+    bench::EachOf(state, 1000);
+}
+
+using bench::Set;
+using bench::SparseSet;
+using Ordered = bench::Types<bench::Roaring, bench::Judy1, bench::StdSet, bench::AbslSet>;
+
+void Kinds(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"members", "patches"})->Args({1000, 0})->Args({100000, 32});
+}
+void Few(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"members", "patches"})->Args({1000, 0});
+}
+void Ranges(benchmark::internal::Benchmark* b) { b->ArgName("ranges")->Arg(1)->Arg(32); }
+
+KZM_WORKLOAD(Collect, Kinds, Set, SparseSet, Ordered, bench::StdHashSet, bench::AbslHashSet);
+KZM_WORKLOAD(Combine, Kinds, Set, SparseSet, Ordered);
+KZM_WORKLOAD(IsMember, Kinds, Set, Ordered, bench::StdHashSet, bench::AbslHashSet);
+KZM_WORKLOAD(IsMember, Few, SparseSet);
+KZM_WORKLOAD(IterateMembers, Kinds, Set, SparseSet, Ordered, bench::StdHashSet, bench::AbslHashSet);
+KZM_WORKLOAD(GeneratedIsMember, Ranges, Generated, Set, bench::Roaring);
 
 }  // namespace

@@ -1,59 +1,78 @@
-// Tables that are passed by value: the price of a copy, and of the first write after it, beside
-// copying a std::unordered_map and a plain vector of the same numbers.
-#include <benchmark/benchmark.h>
+// Tables that interfaces pass by value: shared until written.
 #include <cow/cow_IntMultiMapInt.h>
 #include <cow/cow_IntTableInt.h>
 
-#include <unordered_map>
 #include <vector>
+
+#include "support/keyed.h"
+#include "support/keys.h"
 
 namespace {
 
-struct HashMap : std::unordered_map<int, int> {
-    void Insert(int key, int value) { insert_or_assign(key, value); }
+struct ValueTable : cow_IntTableInt {
+    static constexpr const char* kWho = "cow_IntTableInt";
 };
-struct Vector : std::vector<int> {
+struct ValueMultiMap : cow_IntMultiMapInt {
+    static constexpr const char* kWho = "cow_IntMultiMapInt";
     void Insert(int key, int value) {
-        if (size() <= static_cast<std::size_t>(key)) resize(static_cast<std::size_t>(key) + 1);
-        (*this)[static_cast<std::size_t>(key)] = value;
+        Remove(key);
+        cow_IntMultiMapInt::Insert(key, value);
     }
+};
+class Vector {
+public:
+    static constexpr const char* kWho = "std::vector";
+    void Insert(int key, int value) {
+        if (m_values.size() <= static_cast<std::size_t>(key))
+            m_values.resize(static_cast<std::size_t>(key) + 1);
+        m_values[static_cast<std::size_t>(key)] = value;
+    }
+    std::size_t Size() const { return m_values.size() - 1; }
+
+private:
+    std::vector<int> m_values;
 };
 
 template <class Table>
-Table Filled(const benchmark::State& state) {
-    Table table;
-    for (int key = 0; key < state.range(0); ++key) table.Insert(key, key);
-    return table;
+const Table& FilledOnce(const benchmark::State& state) {
+    return bench::Once(state, [&] {
+        Table table;
+        for (const int number : bench::NodeNumbers(bench::Count(state), 1)) table.Insert(number, 1);
+        return table;
+    });
 }
 
+// Passing a table by value: copy and drop.
 template <class Table>
-void BM_CopyTable(benchmark::State& state) {
-    const Table original = Filled<Table>(state);
+void ByValueCopyDrop(benchmark::State& state) {
+    const Table& original = FilledOnce<Table>(state);
+    for (auto _ : state) {
+        const Table copy = original;
+        bench::Keep(&copy);
+    }
+    bench::Result(state, static_cast<std::uint64_t>(Table(original).Size()));
+}
+
+// Writing one entry of a copy, which then is a copy indeed.
+template <class Table>
+void ByValueCopyWrite(benchmark::State& state) {
+    const Table& original = FilledOnce<Table>(state);
+    std::size_t size = 0;
     for (auto _ : state) {
         Table copy = original;
-        benchmark::DoNotOptimize(&copy);
+        copy.Insert(7, 2);
+        size = static_cast<std::size_t>(copy.Size());
+        bench::Keep(&copy);
     }
+    bench::Result(state, size);
+    bench::EachOf(state, bench::Count(state));
 }
 
-template <class Table>
-void BM_WriteAfterCopy(benchmark::State& state) {
-    const Table original = Filled<Table>(state);
-    for (auto _ : state) {
-        Table copy = original;
-        copy.Insert(7, 1);
-        benchmark::DoNotOptimize(&copy);
-    }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
+void Nodes(benchmark::internal::Benchmark* b) { b->ArgName("nodes")->Arg(1000)->Arg(100000); }
 
-void Size(benchmark::internal::Benchmark* b) { b->Arg(100000); }
-BENCHMARK(BM_CopyTable<cow_IntTableInt>)->Apply(Size);
-BENCHMARK(BM_CopyTable<cow_IntMultiMapInt>)->Apply(Size);
-BENCHMARK(BM_CopyTable<HashMap>)->Apply(Size);
-BENCHMARK(BM_CopyTable<Vector>)->Apply(Size);
-BENCHMARK(BM_WriteAfterCopy<cow_IntTableInt>)->Apply(Size);
-BENCHMARK(BM_WriteAfterCopy<cow_IntMultiMapInt>)->Apply(Size);
-BENCHMARK(BM_WriteAfterCopy<HashMap>)->Apply(Size);
-BENCHMARK(BM_WriteAfterCopy<Vector>)->Apply(Size);
+using Tables = bench::Types<ValueTable, ValueMultiMap, Vector, bench::StdHash<int, int>,
+                            bench::AbslHash<int, int>, bench::QtHash<int, int>>;
+KZM_WORKLOAD(ByValueCopyDrop, Nodes, Tables);
+KZM_WORKLOAD(ByValueCopyWrite, Nodes, Tables);
 
 }  // namespace

@@ -1,43 +1,99 @@
-// Arrays to the external byte order beside a plain copy of the same bytes, which is as fast as the
-// memory: in the caches, and past them.
-#include <benchmark/benchmark.h>
+// Arrays to the byte order of files, in the caches and past them.
 #include <omi/omi_SwapperGuts.h>
 
-#include <cstdint>
+#include <bit>
 #include <cstring>
 #include <vector>
 
+#include "support/keys.h"
+#ifdef KZM_BENCH_QT
+#include <QtEndian>
+#endif
+
 namespace {
 
-void BM_Memcpy(benchmark::State& state) {
-    const std::vector<char> in(static_cast<std::size_t>(state.range(0)), 'x');
-    std::vector<char> out(in.size());
+// All of them have Run(out, in, n).
+struct Swapper {
+    static constexpr const char* kWho = "omi_SwapperGuts";
+    template <class T>
+    static void Run(char* out, const T* in, std::size_t n) {
+        omi_SwapperGuts::ExternalizeArray(out, in, static_cast<std::ptrdiff_t>(n));
+    }
+};
+
+// The loop as one writes it, compiled as well as the compiler can for this processor.
+#define KZM_BENCH_LOOP(T, swap)                                                                 \
+    __attribute__((optimize("O3"), target_clones("avx512f", "avx2", "default"))) void SwapLoop( \
+        T* out, const T* in, std::size_t n) {                                                   \
+        for (std::size_t i = 0; i < n; ++i) out[i] = swap(in[i]);                               \
+    }
+KZM_BENCH_LOOP(std::uint16_t, __builtin_bswap16)
+KZM_BENCH_LOOP(std::uint32_t, __builtin_bswap32)
+KZM_BENCH_LOOP(std::uint64_t, __builtin_bswap64)
+struct Loop {
+    static constexpr const char* kWho = "compiler::loop";
+    template <class T>
+    static void Run(char* out, const T* in, std::size_t n) {
+        SwapLoop(static_cast<T*>(static_cast<void*>(out)), in, n);
+    }
+};
+
+#ifdef KZM_BENCH_QT
+struct QtSwap {
+    static constexpr const char* kWho = "Qt::qToBigEndian";
+    template <class T>
+    static void Run(char* out, const T* in, std::size_t n) {
+        qToBigEndian<T>(in, static_cast<qsizetype>(n), out);
+    }
+};
+#else
+using QtSwap = bench::Missing;
+#endif
+
+struct Copy {
+    static constexpr const char* kWho = "floor::memcpy";
+    template <class T>
+    static void Run(char* out, const T* in, std::size_t n) {
+        std::memcpy(out, in, n * sizeof(T));
+    }
+};
+
+template <class Who, class T>
+void Externalize(benchmark::State& state) {
+    const std::size_t n = bench::Count(state) / sizeof(T);
+    std::vector<T> in(n);
+    for (std::size_t i = 0; i < n; ++i) in[i] = static_cast<T>(i * 0x9e3779b97f4a7c15u);
+    std::vector<char> out(n * sizeof(T) + 64);
     for (auto _ : state) {
-        std::memcpy(out.data(), in.data(), in.size());
-        benchmark::DoNotOptimize(out.data());
+        Who::Run(out.data(), in.data(), n);
+        bench::Keep(out.data());
         benchmark::ClobberMemory();
     }
-    state.SetBytesProcessed(state.iterations() * state.range(0));
+    std::uint64_t sum = 0;
+    for (const char each : out) sum = sum * 31 + static_cast<unsigned char>(each);
+    bench::Result(state, sum);
+}
+// Integers of 16 bits.
+template <class Who>
+void Externalize16(benchmark::State& state) {
+    Externalize<Who, std::uint16_t>(state);
+}
+// Integers of 32 bits.
+template <class Who>
+void Externalize32(benchmark::State& state) {
+    Externalize<Who, std::uint32_t>(state);
+}
+// Integers and floating-point numbers of 64 bits.
+template <class Who>
+void Externalize64(benchmark::State& state) {
+    Externalize<Who, std::uint64_t>(state);
 }
 
-template <class T>
-void BM_Externalize(benchmark::State& state) {
-    const auto n = static_cast<std::size_t>(state.range(0)) / sizeof(T);
-    const std::vector<T> in(n, T{7});
-    std::vector<char> out(n * sizeof(T));
-    for (auto _ : state) {
-        omi_SwapperGuts::ExternalizeArray(out.data(), in.data(), static_cast<std::ptrdiff_t>(n));
-        benchmark::DoNotOptimize(out.data());
-    }
-    state.SetBytesProcessed(state.iterations() * state.range(0));
+void Bytes(benchmark::internal::Benchmark* b) {
+    b->ArgName("bytes")->Arg(16 << 10)->Arg(1 << 20)->Arg(32 << 20);
 }
-
-void Sizes(benchmark::internal::Benchmark* bench) {
-    for (const std::int64_t size : {4 << 10, 256 << 10, 4 << 20, 128 << 20}) bench->Arg(size);
-}
-BENCHMARK(BM_Memcpy)->Apply(Sizes);
-BENCHMARK(BM_Externalize<std::uint16_t>)->Apply(Sizes);
-BENCHMARK(BM_Externalize<std::uint32_t>)->Apply(Sizes);
-BENCHMARK(BM_Externalize<std::uint64_t>)->Apply(Sizes);
+KZM_WORKLOAD(Externalize16, Bytes, Swapper, Loop, QtSwap, Copy);
+KZM_WORKLOAD(Externalize32, Bytes, Swapper, Loop, QtSwap, Copy);
+KZM_WORKLOAD(Externalize64, Bytes, Swapper, Loop, QtSwap, Copy);
 
 }  // namespace

@@ -1,213 +1,227 @@
-// A table from node numbers to values, filled, looked up and walked, beside the hash map that users
-// would take instead and, as a floor for dense numbers, a plain vector.
-#include <benchmark/benchmark.h>
-#include <malloc.h>
-#include <omi/omi_IntTableIterator.h>
-
-#include <algorithm>
-#include <memory>
-#include <random>
-#include <unordered_map>
+// A table from node numbers to values, beside what maps numbers elsewhere and, as a floor for dense
+// numbers, a plain vector.
 #include <vector>
+
+#include "support/keyed.h"
+#include "support/keys.h"
+#include "support/memory.h"
 
 namespace {
 
-using Table = omi_IntTable<double, KZMBasOmiDefaultAllocator>;
-using Iterator = omi_IntTableIterator<double, KZMBasOmiDefaultAllocator>;
-using HashMap = std::unordered_map<int, double>;
+using Numbers = std::vector<int>;
+using bench::Shuffled;
 
-// Node numbers as models have them: dense from 1 (clusters 1), or in ranges spread over 31 bits.
-std::vector<int> Labels(const benchmark::State& state) {
-    const int count = static_cast<int>(state.range(0));
-    const int clusters = static_cast<int>(state.range(1));
-    std::vector<int> labels;
-    for (int cluster = 0; cluster < clusters; ++cluster)
-        for (int i = 0; i < count / clusters; ++i)
-            labels.push_back(1 + cluster * (2147000000 / clusters) + i);
-    return labels;
-}
+// The number is the index.
+class Vector {
+public:
+    static constexpr const char* kWho = "floor::vector";
 
-std::vector<int> Shuffled(std::vector<int> labels) {
-    std::shuffle(labels.begin(), labels.end(), std::minstd_rand(1));
-    return labels;
-}
-
-void Put(Table& table, int label, double value) { table.Insert(label, value); }
-void Put(HashMap& map, int label, double value) { map[label] = value; }
-void Put(std::vector<double>& dense, int label, double value) {
-    if (dense.size() <= static_cast<size_t>(label)) dense.resize(static_cast<size_t>(label) + 1);
-    dense[static_cast<size_t>(label)] = value;
-}
-
-double At(const Table& table, int label) {
-    double value = 0;
-    table.ConstGetValue(label, value);
-    return value;
-}
-double At(const HashMap& map, int label) {
-    const auto found = map.find(label);
-    return found == map.end() ? 0 : found->second;
-}
-double At(const std::vector<double>& dense, int label) {
-    return static_cast<size_t>(label) < dense.size() ? dense[static_cast<size_t>(label)] : 0;
-}
-
-void Erase(Table& table, int label) { table.Remove(label); }
-void Erase(HashMap& map, int label) { map.erase(label); }
-
-std::unique_ptr<Table> Copy(const Table& table) { return std::unique_ptr<Table>(table.Copy()); }
-template <class Map>
-std::unique_ptr<Map> Copy(const Map& map) {
-    return std::make_unique<Map>(map);
-}
-
-double Sum(const Table& table) {
-    double sum = 0;
-    Iterator it(table);
-    for (it.First(); !it.IsDone(); it.Next()) sum += it.CurrentKey() * it.CurrentValue();
-    return sum;
-}
-double Sum(const HashMap& map) {
-    double sum = 0;
-    for (const auto& [label, value] : map) sum += label * value;
-    return sum;
-}
-double Sum(const std::vector<double>& dense) {
-    double sum = 0;
-    for (size_t i = 0; i < dense.size(); ++i) sum += static_cast<double>(i) * dense[i];
-    return sum;
-}
-
-template <class Map>
-void FillFrom(const std::vector<int>& labels, Map& map) {
-    for (const int label : labels) Put(map, label, label);
-}
-
-template <class Map>
-void SumOf(benchmark::State& state, const Map& map, const std::vector<int>& labels) {
-    for (auto _ : state) {
-        double sum = 0;
-        for (const int label : labels) sum += At(map, label);
-        benchmark::DoNotOptimize(sum);
+    void Insert(int key, double value) {
+        if (m_values.size() <= static_cast<std::size_t>(key))
+            m_values.resize(static_cast<std::size_t>(key) + 1);
+        m_values[static_cast<std::size_t>(key)] = value;
     }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(labels.size()));
+    double At(int key) const { return m_values[static_cast<std::size_t>(key)]; }
+    std::size_t Size() const { return m_values.size() - 1; }
+    template <class F>
+    void Each(F f) const {
+        for (std::size_t i = 1; i < m_values.size(); ++i) f(static_cast<int>(i), m_values[i]);
+    }
+
+private:
+    std::vector<double> m_values;
+};
+
+// Arguments of all workloads: how many numbers, in how many ranges.
+Numbers NodeNumbers(const benchmark::State& state) {
+    return bench::NodeNumbers(bench::Count(state), static_cast<int>(state.range(1)));
 }
 
-// How long does reading a model's labels take, in order or not, and how many bytes a label are held
-// then?
 template <class Map>
-void Fill(benchmark::State& state, const std::vector<int>& labels) {
+void Fill(Map& map, const Numbers& numbers) {
+    for (const int number : numbers) map.Insert(number, number);
+}
+template <class Map>
+Map Filled(const Numbers& numbers) {
+    Map map;
+    Fill(map, numbers);
+    return map;
+}
+// Filled in ascending order, as a model is read.
+template <class Map>
+const Map& FilledOnce(const benchmark::State& state) {
+    return bench::Once(state.range(0), state.range(1),
+                       [&] { return Filled<Map>(NodeNumbers(state)); });
+}
+
+template <class Map>
+double SumOf(const Map& map) {
+    double sum = 0;
+    map.Each([&](int number, double value) { sum += number % 1024 + value; });
+    return sum;
+}
+
+template <class Map>
+void Insert(benchmark::State& state, const Numbers& numbers) {
+    std::size_t size = 0;
     for (auto _ : state) {
         Map map;
-        FillFrom(labels, map);
-        benchmark::DoNotOptimize(&map);
-    }
-    malloc_trim(0);
-    const auto before = mallinfo2();
-    Map map;
-    FillFrom(labels, map);
-    const auto after = mallinfo2();
-    state.counters["bytes/label"] =
-        static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) /
-        static_cast<double>(labels.size());
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(labels.size()));
-}
-template <class Map>
-void BM_Fill(benchmark::State& state) {
-    Fill<Map>(state, Labels(state));
-}
-template <class Map>
-void BM_FillInNoOrder(benchmark::State& state) {
-    Fill<Map>(state, Shuffled(Labels(state)));
-}
-
-// What does an element pay for the values of its nodes, in no order?
-template <class Map>
-void BM_LookUp(benchmark::State& state) {
-    const std::vector<int> labels = Shuffled(Labels(state));
-    Map map;
-    FillFrom(labels, map);
-    SumOf(state, map, labels);
-}
-template <class Map>
-void BM_LookUpInOrder(benchmark::State& state) {
-    const std::vector<int> labels = Labels(state);
-    Map map;
-    FillFrom(labels, map);
-    SumOf(state, map, labels);
-}
-
-// Labels that are not there, but whose neighbours are.
-template <class Map>
-void BM_LookUpAbsent(benchmark::State& state) {
-    const std::vector<int> labels = Shuffled(Labels(state));
-    const auto middle = labels.begin() + static_cast<std::ptrdiff_t>(labels.size() / 2);
-    Map map;
-    FillFrom(std::vector<int>(labels.begin(), middle), map);
-    SumOf(state, map, std::vector<int>(middle, labels.end()));
-}
-
-// Removing every label, in no order; the table is filled again outside the measured time.
-template <class Map>
-void BM_EraseAll(benchmark::State& state) {
-    const std::vector<int> labels = Shuffled(Labels(state));
-    for (auto _ : state) {
+        Fill(map, numbers);
+        bench::Keep(&map);
         state.PauseTiming();
-        auto map = std::make_unique<Map>();
-        FillFrom(labels, *map);
-        state.ResumeTiming();
-        for (const int label : labels) Erase(*map, label);
-        state.PauseTiming();
-        map.reset();
+        size = map.Size();
+        map.~Map();
+        ::new (&map) Map;
         state.ResumeTiming();
     }
-    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(labels.size()));
+    bench::Result(state, size);
+    bench::EachOf(state, numbers.size());
+}
+// Reading a model's node numbers in ascending order.
+template <class Map>
+void InsertAscending(benchmark::State& state) {
+    Insert<Map>(state, NodeNumbers(state));
+    bench::MeasureBytes(
+        state, bench::Count(state),
+        [](std::int64_t count, std::int64_t ranges) {
+            const Numbers numbers =
+                bench::NodeNumbers(static_cast<std::size_t>(count), static_cast<int>(ranges));
+            return bench::BytesOf([&] { return Filled<Map>(numbers); });
+        },
+        state.range(1));
+}
+// Reading them in no order.
+template <class Map>
+void InsertRandom(benchmark::State& state) {
+    Insert<Map>(state, Shuffled(NodeNumbers(state)));
 }
 
 template <class Map>
-void BM_Copy(benchmark::State& state) {
-    Map map;
-    FillFrom(Labels(state), map);
-    for (auto _ : state) benchmark::DoNotOptimize(Copy(map));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-
-// What does a pass over all nodes cost?
-template <class Map>
-void BM_Walk(benchmark::State& state) {
-    Map map;
-    FillFrom(Labels(state), map);
-    for (auto _ : state) benchmark::DoNotOptimize(Sum(map));
-    state.SetItemsProcessed(state.iterations() * state.range(0));
-}
-void BM_WalkByRange(benchmark::State& state) {
-    Table table;
-    FillFrom(Labels(state), table);
+void Find(benchmark::State& state, const Numbers& asked) {
+    const Map& map = FilledOnce<Map>(state);
+    double sum = 0;
     for (auto _ : state) {
-        double sum = 0;
-        for (const auto& [label, value] : table) sum += label * value;
-        benchmark::DoNotOptimize(sum);
+        sum = 0;
+        for (const int number : asked) sum += map.At(number);
+        bench::Keep(sum);
     }
-    state.SetItemsProcessed(state.iterations() * state.range(0));
+    bench::Result(state, static_cast<std::uint64_t>(sum));
+    bench::EachOf(state, asked.size());
+}
+// The values of nodes in no order, as elements ask for them.
+template <class Map>
+void FindRandom(benchmark::State& state) {
+    Find<Map>(state, Shuffled(NodeNumbers(state)));
+}
+// The values of nodes in ascending order.
+template <class Map>
+void FindSequential(benchmark::State& state) {
+    Find<Map>(state, NodeNumbers(state));
 }
 
-void Sparse(benchmark::internal::Benchmark* b) { b->Args({100000, 1})->Args({100000, 50}); }
-void Dense(benchmark::internal::Benchmark* b) { b->Args({100000, 1}); }
+// Is a number there? Half of its neighbours are, it is not.
+template <class Map>
+void FindMiss(benchmark::State& state) {
+    Numbers asked = Shuffled(NodeNumbers(state));
+    const Numbers there(asked.begin() + state.range(0) / 2, asked.end());
+    asked.resize(static_cast<std::size_t>(state.range(0) / 2));
+    const Map& map =
+        bench::Once(state.range(0), state.range(1), [&] { return Filled<Map>(there); });
+    std::uint64_t found = 0;
+    for (auto _ : state) {
+        found = 0;
+        for (const int number : asked) found += map.Has(number);
+        bench::Keep(found);
+    }
+    bench::Result(state, found);
+    bench::EachOf(state, asked.size());
+}
 
-#define KZM_BENCH_LABELS(BM)             \
-    BENCHMARK(BM<Table>)->Apply(Sparse); \
-    BENCHMARK(BM<HashMap>)->Apply(Sparse)
-#define KZM_BENCH_DENSE(BM) \
-    KZM_BENCH_LABELS(BM);   \
-    BENCHMARK(BM<std::vector<double>>)->Apply(Dense)
-KZM_BENCH_DENSE(BM_Fill);
-KZM_BENCH_DENSE(BM_FillInNoOrder);
-KZM_BENCH_DENSE(BM_LookUp);
-KZM_BENCH_DENSE(BM_LookUpInOrder);
-KZM_BENCH_LABELS(BM_LookUpAbsent);
-KZM_BENCH_LABELS(BM_EraseAll);
-KZM_BENCH_DENSE(BM_Copy);
-KZM_BENCH_DENSE(BM_Walk);
-BENCHMARK(BM_WalkByRange)->Apply(Sparse);
+// Removing every number, in no order.
+template <class Map>
+void Erase(benchmark::State& state) {
+    const Numbers numbers = Shuffled(NodeNumbers(state));
+    Map map;
+    for (auto _ : state) {
+        state.PauseTiming();
+        Fill(map, numbers);
+        state.ResumeTiming();
+        for (const int number : numbers) map.Erase(number);
+        bench::Keep(&map);
+    }
+    bench::Result(state, map.Size());
+    bench::EachOf(state, numbers.size());
+}
+
+template <class Map>
+void Iterate(benchmark::State& state) {
+    const Map& map = FilledOnce<Map>(state);
+    double sum = 0;
+    for (auto _ : state) {
+        sum = SumOf(map);
+        bench::Keep(sum);
+    }
+    bench::Result(state, static_cast<std::uint64_t>(sum));
+    bench::EachOf(state, bench::Count(state));
+}
+// A pass over all nodes in the order of their numbers, which hash maps do not know.
+template <class Map>
+void IterateAscending(benchmark::State& state) {
+    Iterate<Map>(state);
+}
+// A pass over all nodes in any order.
+template <class Map>
+void IterateAny(benchmark::State& state) {
+    Iterate<Map>(state);
+}
+
+// A copy of the whole table, and its end.
+template <class Map>
+void CopyTable(benchmark::State& state) {
+    const Map& map = FilledOnce<Map>(state);
+    for (auto _ : state) {
+        const Map copy(map);
+        bench::Keep(&copy);
+    }
+    bench::Result(state, static_cast<std::uint64_t>(SumOf(Map(map))));
+    bench::EachOf(state, bench::Count(state));
+}
+
+using Table = bench::Keyed<omi_IntTable<double, KZMBasOmiDefaultAllocator>>;
+using Ordered = bench::Types<bench::StdMap<int, double>, bench::AbslMap<int, double>,
+                             bench::JudyL<int, double>>;
+using Hashes = bench::Types<bench::StdHash<int, double>, bench::AbslHash<int, double>,
+                            bench::RobinHash<int, double>, bench::QtHash<int, double>>;
+// QHash shares its copies.
+using Copied = bench::Types<bench::StdHash<int, double>, bench::AbslHash<int, double>,
+                            bench::RobinHash<int, double>>;
+
+void Models(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"nodes", "ranges"})->Args({100000, 1})->Args({100000, 50});
+}
+void Dense(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"nodes", "ranges"})->Args({100000, 1});
+}
+void Growth(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"nodes", "ranges"})->Args({10000, 1})->Args({1000000, 1})->Args({10000000, 1});
+}
+
+KZM_WORKLOAD(InsertAscending, Models, Table, Ordered, Hashes);
+KZM_WORKLOAD(InsertAscending, Growth, Table, bench::StdHash<int, double>,
+             bench::AbslHash<int, double>, bench::JudyL<int, double>);
+KZM_WORKLOAD(InsertAscending, Dense, Vector);
+KZM_WORKLOAD(InsertAscending, Growth, Vector);
+KZM_WORKLOAD(InsertRandom, Models, Table, Ordered, Hashes);
+KZM_WORKLOAD(FindRandom, Models, Table, Ordered, Hashes);
+KZM_WORKLOAD(FindRandom, Dense, Vector);
+KZM_WORKLOAD(FindSequential, Models, Table, Ordered, Hashes);
+KZM_WORKLOAD(FindSequential, Dense, Vector);
+KZM_WORKLOAD(FindMiss, Models, Table, Ordered, Hashes);
+KZM_WORKLOAD(Erase, Models, Table, Ordered, Hashes);
+KZM_WORKLOAD(IterateAscending, Models, Table, Ordered);
+KZM_WORKLOAD(IterateAscending, Dense, Vector);
+KZM_WORKLOAD(IterateAny, Models, Table, Hashes);
+KZM_WORKLOAD(CopyTable, Models, Table, Ordered, Copied);
+KZM_WORKLOAD(CopyTable, Dense, Vector);
 
 }  // namespace

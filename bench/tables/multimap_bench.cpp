@@ -1,170 +1,316 @@
-// The elements at each node: omi_IntMultiMap beside std::unordered_multimap and, as the floor where
-// node numbers are dense, a vector of vectors.
-#include <benchmark/benchmark.h>
-#include <malloc.h>
+// The elements at each node: omi_IntMultiMap beside other multimaps and, as a floor for dense
+// numbers, a vector of vectors.
+#include <cow/cow_List.h>
 #include <omi/omi_IntMultiMap.h>
 
-#include <algorithm>
+#include <cmath>
 #include <map>
-#include <random>
+#include <memory>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "support/keys.h"
+#include "support/memory.h"
+#ifdef KZM_BENCH_ABSL
+#include <absl/container/btree_map.h>
+#include <absl/container/flat_hash_map.h>
+#include <absl/container/inlined_vector.h>
+#endif
+#ifdef KZM_BENCH_QT
+#include <QMultiMap>
+#endif
+
 namespace {
 
-using Map = omi_IntMultiMap<int, KZMBasOmiDefaultAllocator>;
-using HashMap = std::unordered_multimap<int, int>;
-using Tree = std::multimap<int, int>;
-using Vectors = std::vector<std::vector<int>>;
+using Pairs = std::vector<std::pair<int, int>>;  // node, element
 
-// Element e of a strip of tetrahedra has the nodes e to e + 3; node numbers start at `first`.
-template <class Put>
-void EachPair(const benchmark::State& state, Put put) {
-    const int first = static_cast<int>(state.range(1));
-    for (int element = 0; element < state.range(0); ++element)
-        for (int corner = 0; corner < 4; ++corner) put(first + element + corner, element);
-}
-
-void Put(Map& map, int node, int element) { map.Insert(node, element); }
-void Put(Tree& map, int node, int element) { map.emplace(node, element); }
-void Put(HashMap& map, int node, int element) { map.emplace(node, element); }
-void Put(Vectors& map, int node, int element) {
-    if (map.size() <= static_cast<std::size_t>(node))
-        map.resize(static_cast<std::size_t>(node) + 1);
-    map[static_cast<std::size_t>(node)].push_back(element);
-}
-
-int SumAt(const Map& map, int node) {
-    int sum = 0;
-    for (const auto* link = map.GetFirst(node); link; link = link->next) sum += link->value;
-    return sum;
-}
-int SumAt(const HashMap& map, int node) {
-    int sum = 0;
-    for (auto [it, end] = map.equal_range(node); it != end; ++it) sum += it->second;
-    return sum;
-}
-int SumAt(const Vectors& map, int node) {
-    int sum = 0;
-    for (const int element : map[static_cast<std::size_t>(node)]) sum += element;
-    return sum;
-}
-
-template <class Any>
-void Build(const benchmark::State& state, Any& map) {
-    EachPair(state, [&](int node, int element) { Put(map, node, element); });
-}
-
-// What does building the adjacency cost, in time and in bytes a pair?
-template <class Any>
-void BM_BuildAdjacency(benchmark::State& state) {
-    for (auto _ : state) {
-        Any map;
-        Build(state, map);
-        benchmark::DoNotOptimize(&map);
+// All of them have Insert(node, element), Remove(node, element), EachAt(node, f) for the elements
+// at a node, Each(f) for all pairs.
+class MultiMap : public omi_IntMultiMap<int, KZMBasOmiDefaultAllocator> {
+public:
+    static constexpr const char* kWho = "omi_IntMultiMap";
+    template <class F>
+    void EachAt(int node, F f) const {
+        for (const auto* link = GetFirst(node); link; link = link->next) f(link->value);
     }
-    malloc_trim(0);
-    const auto before = mallinfo2();
-    Any map;
-    Build(state, map);
-    const auto after = mallinfo2();
-    state.counters["bytes/pair"] =
-        static_cast<double>(after.uordblks + after.hblkhd - before.uordblks - before.hblkhd) /
-        static_cast<double>(4 * state.range(0));
-    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
-}
-
-// What does a pass over the elements of all nodes cost, node by node?
-template <class Any>
-void BM_VisitElements(benchmark::State& state) {
-    Any map;
-    Build(state, map);
-    const int first = static_cast<int>(state.range(1));
-    for (auto _ : state) {
-        int sum = 0;
-        for (int i = 0; i < state.range(0); ++i) sum ^= SumAt(map, first + i);
-        benchmark::DoNotOptimize(sum);
+    template <class F>
+    void Each(F f) const {
+        for (const auto& [node, element] : *this) f(node, element);
     }
-    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
-}
+};
 
-// The floor of the pass above: chains that a compaction has laid side by side.
-void BM_VisitElementsCompacted(benchmark::State& state) {
-    Map map;
-    Build(state, map);
-    map.CompressValues();
-    const int first = static_cast<int>(state.range(1));
-    for (auto _ : state) {
-        int sum = 0;
-        for (int i = 0; i < state.range(0); ++i) sum ^= SumAt(map, first + i);
-        benchmark::DoNotOptimize(sum);
+// After CompressValues, which lays the elements of a node side by side.
+struct Compressed : MultiMap {
+    static constexpr const char* kWho = "omi_IntMultiMap(compressed)";
+};
+
+template <class Map>
+class Standard {
+public:
+    void Insert(int node, int element) { m_map.emplace(node, element); }
+    void Remove(int node, int element) {
+        auto it = m_map.equal_range(node).first;
+        while (it->second != element) ++it;
+        m_map.erase(it);
     }
-    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
-}
-
-// Pairs in no order, as a reader meets them that follows the faces of a mesh.
-template <class Any>
-void BM_BuildInNoOrder(benchmark::State& state) {
-    std::vector<std::pair<int, int>> pairs;
-    EachPair(state, [&](int node, int element) { pairs.emplace_back(node, element); });
-    std::shuffle(pairs.begin(), pairs.end(), std::minstd_rand(1));
-    for (auto _ : state) {
-        Any map;
-        for (const auto& [node, element] : pairs) Put(map, node, element);
-        benchmark::DoNotOptimize(&map);
+    template <class F>
+    void EachAt(int node, F f) const {
+        for (auto [it, end] = m_map.equal_range(node); it != end; ++it) f(it->second);
     }
-    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
-}
-
-// All pairs in the order of the keys.
-template <class Any>
-void BM_WalkInKeyOrder(benchmark::State& state) {
-    Any map;
-    Build(state, map);
-    for (auto _ : state) {
-        int sum = 0;
-        for (const auto& [node, element] : map) sum ^= node + element;
-        benchmark::DoNotOptimize(sum);
+    template <class F>
+    void Each(F f) const {
+        for (const auto& [node, element] : m_map) f(node, element);
     }
-    state.SetItemsProcessed(state.iterations() * 4 * state.range(0));
-}
 
-// Removing an element from its nodes, as remeshing does, and putting it back.
-template <class Any>
-void BM_MoveElement(benchmark::State& state) {
-    Any map;
-    Build(state, map);
-    const int first = static_cast<int>(state.range(1));
+private:
+    Map m_map;
+};
+struct HashMultiMap : Standard<std::unordered_multimap<int, int>> {
+    static constexpr const char* kWho = "std::unordered_multimap";
+};
+struct TreeMultiMap : Standard<std::multimap<int, int>> {
+    static constexpr const char* kWho = "std::multimap";
+};
+
+// A hash map to a vector of elements.
+template <class Map>
+class ToVectors {
+public:
+    void Insert(int node, int element) { m_map[node].push_back(element); }
+    void Remove(int node, int element) {
+        auto& elements = m_map.find(node)->second;
+        elements.erase(std::find(elements.begin(), elements.end(), element));
+    }
+    template <class F>
+    void EachAt(int node, F f) const {
+        for (const int element : m_map.find(node)->second) f(element);
+    }
+    template <class F>
+    void Each(F f) const {
+        for (const auto& [node, elements] : m_map)
+            for (const int element : elements) f(node, element);
+    }
+
+private:
+    Map m_map;
+};
+struct HashToVectors : ToVectors<std::unordered_map<int, std::vector<int>>> {
+    static constexpr const char* kWho = "std::unordered_map<vector>";
+};
+
+class Vectors {
+public:
+    static constexpr const char* kWho = "floor::vector<vector>";
+    void Insert(int node, int element) {
+        if (m_map.size() <= static_cast<std::size_t>(node))
+            m_map.resize(static_cast<std::size_t>(node) + 1);
+        m_map[static_cast<std::size_t>(node)].push_back(element);
+    }
+    template <class F>
+    void EachAt(int node, F f) const {
+        for (const int element : m_map[static_cast<std::size_t>(node)]) f(element);
+    }
+    template <class F>
+    void Each(F f) const {
+        for (std::size_t i = 0; i < m_map.size(); ++i)
+            for (const int element : m_map[i]) f(static_cast<int>(i), element);
+    }
+
+private:
+    std::vector<std::vector<int>> m_map;
+};
+
+#ifdef KZM_BENCH_ABSL
+struct AbslMultiMap : Standard<absl::btree_multimap<int, int>> {
+    static constexpr const char* kWho = "absl::btree_multimap";
+};
+struct AbslToVectors : ToVectors<absl::flat_hash_map<int, absl::InlinedVector<int, 4>>> {
+    static constexpr const char* kWho = "absl::flat_hash_map<vector>";
+};
+#else
+using AbslMultiMap = bench::Missing;
+using AbslToVectors = bench::Missing;
+#endif
+#ifdef KZM_BENCH_QT
+class QtMultiMap {
+public:
+    static constexpr const char* kWho = "Qt::QMultiMap";
+    void Insert(int node, int element) { m_map.insert(node, element); }
+    void Remove(int node, int element) { m_map.remove(node, element); }
+    template <class F>
+    void EachAt(int node, F f) const {
+        for (auto it = m_map.constFind(node); it != m_map.cend() && it.key() == node; ++it)
+            f(it.value());
+    }
+    template <class F>
+    void Each(F f) const {
+        for (auto it = m_map.cbegin(); it != m_map.cend(); ++it) f(it.key(), it.value());
+    }
+
+private:
+    QMultiMap<int, int> m_map;
+};
+#else
+using QtMultiMap = bench::Missing;
+#endif
+
+// The arguments of all workloads: how many elements, and the number of the first node. The mesh is
+// a box of tetrahedra, five to a cell; a node has some twenty of them.
+Pairs Mesh(std::int64_t elements, std::int64_t firstNode) {
+    static const int kCorners[5][4] = {
+        {0, 1, 2, 4}, {3, 1, 2, 7}, {5, 1, 4, 7}, {6, 2, 4, 7}, {1, 2, 4, 7}};
+    const int side = static_cast<int>(std::cbrt(static_cast<double>(elements) / 5));
+    Pairs pairs;
     int element = 0;
+    for (int cell = 0; element < elements; ++cell) {
+        const int x = cell % side, y = cell / side % side, z = cell / side / side;
+        for (const auto& tetrahedron : kCorners) {
+            if (element == elements) break;
+            for (const int corner : tetrahedron) {
+                const int node =
+                    (x + (corner & 1)) +
+                    (side + 1) * ((y + (corner >> 1 & 1)) + (side + 1) * (z + (corner >> 2)));
+                pairs.emplace_back(static_cast<int>(firstNode) + node, element);
+            }
+            ++element;
+        }
+    }
+    return pairs;
+}
+Pairs Mesh(const benchmark::State& state) { return Mesh(state.range(0), state.range(1)); }
+
+std::vector<int> NodesOf(const Pairs& pairs) {
+    std::vector<int> nodes;
+    for (const auto& [node, element] : pairs) nodes.push_back(node);
+    std::sort(nodes.begin(), nodes.end());
+    nodes.erase(std::unique(nodes.begin(), nodes.end()), nodes.end());
+    return nodes;
+}
+
+template <class Map>
+void Fill(Map& map, const Pairs& pairs) {
+    for (const auto& [node, element] : pairs) map.Insert(node, element);
+}
+template <class Map>
+Map& FilledOnce(const benchmark::State& state, const Pairs& pairs) {
+    using Made = std::unique_ptr<Map>;
+    return *bench::Once(state.range(0), state.range(1), [&]() -> Made {
+        Made map(new Map);
+        Fill(*map, pairs);
+        if constexpr (std::is_same_v<Map, Compressed>) map->CompressValues();
+        return map;
+    });
+}
+template <class Map>
+std::uint64_t Sum(const Map& map) {
+    std::uint64_t sum = 0;
+    map.Each([&](int node, int element) { sum += static_cast<unsigned>(node % 1024 + element); });
+    return sum;
+}
+
+template <class Map>
+void MultiInsert(benchmark::State& state, const Pairs& pairs) {
+    std::uint64_t sum = 0;
+    for (auto _ : state) {
+        auto map = std::make_unique<Map>();
+        Fill(*map, pairs);
+        bench::Keep(map.get());
+        state.PauseTiming();
+        sum = Sum(*map);
+        map.reset();
+        state.ResumeTiming();
+    }
+    bench::Result(state, sum);
+    bench::EachOf(state, pairs.size());
+}
+// Finding out which elements meet at each node, element by element.
+template <class Map>
+void MultiInsertMesh(benchmark::State& state) {
+    MultiInsert<Map>(state, Mesh(state));
+    bench::MeasureBytes(
+        state, 4 * bench::Count(state),
+        [](std::int64_t elements, std::int64_t firstNode) {
+            const Pairs pairs = Mesh(elements, firstNode);
+            return bench::BytesOf([&] {
+                auto map = std::make_unique<Map>();
+                Fill(*map, pairs);
+                return map;
+            });
+        },
+        state.range(1));
+}
+// The same pairs in no order.
+template <class Map>
+void MultiInsertRandom(benchmark::State& state) {
+    MultiInsert<Map>(state, bench::Shuffled(Mesh(state)));
+}
+
+// The elements at each node, node by node in ascending order.
+template <class Map>
+void MultiAtNodes(benchmark::State& state) {
+    const Pairs pairs = Mesh(state);
+    const std::vector<int> nodes = NodesOf(pairs);
+    const Map& map = FilledOnce<Map>(state, pairs);
+    std::uint64_t sum = 0;
+    for (auto _ : state) {
+        sum = 0;
+        for (const int node : nodes)
+            map.EachAt(node, [&](int element) { sum += static_cast<unsigned>(element); });
+        bench::Keep(sum);
+    }
+    bench::Result(state, sum);
+    bench::EachOf(state, pairs.size());
+}
+
+// A pass over all pairs in the order of the nodes, which hash maps do not know.
+template <class Map>
+void MultiValuesInOrder(benchmark::State& state) {
+    const Pairs pairs = Mesh(state);
+    const Map& map = FilledOnce<Map>(state, pairs);
+    std::uint64_t sum = 0;
+    for (auto _ : state) {
+        sum = Sum(map);
+        bench::Keep(sum);
+    }
+    bench::Result(state, sum);
+    bench::EachOf(state, pairs.size());
+}
+
+// Taking an element from its nodes and putting it back, as remeshing does.
+template <class Map>
+void MultiMove(benchmark::State& state) {
+    const Pairs pairs = Mesh(state);
+    Map& map = FilledOnce<Map>(state, pairs);
+    std::size_t next = 0;
     for (auto _ : state) {
         for (int corner = 0; corner < 4; ++corner) {
-            const int node = first + element + corner;
-            if constexpr (std::is_same_v<Any, Map>) {
-                map.Remove(node, element);
-            } else {
-                auto [it, end] = map.equal_range(node);
-                while (it != end) it = it->second == element ? map.erase(it) : std::next(it);
-            }
-            Put(map, node, element);
+            const auto [node, element] = pairs[next + static_cast<std::size_t>(corner)];
+            map.Remove(node, element);
+            map.Insert(node, element);
         }
-        element = (element + 997) % static_cast<int>(state.range(0));
+        next = (next + 4 * 997) % pairs.size();
     }
+    bench::Result(state, Sum(map));
 }
 
-constexpr int kFar = 2000000000;
-BENCHMARK(BM_BuildAdjacency<Map>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_BuildAdjacency<HashMap>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_BuildAdjacency<Vectors>)->Args({100000, 0});
-BENCHMARK(BM_VisitElements<Map>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_VisitElementsCompacted)->Args({100000, 0});
-BENCHMARK(BM_VisitElements<HashMap>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_VisitElements<Vectors>)->Args({100000, 0});
-BENCHMARK(BM_BuildInNoOrder<Map>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_BuildInNoOrder<HashMap>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_WalkInKeyOrder<Map>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_WalkInKeyOrder<Tree>)->Args({100000, 0})->Args({100000, kFar});
-BENCHMARK(BM_MoveElement<Map>)->Args({100000, 0});
-BENCHMARK(BM_MoveElement<HashMap>)->Args({100000, 0});
+using Ordered = bench::Types<TreeMultiMap, AbslMultiMap, QtMultiMap>;
+using Hashes = bench::Types<HashMultiMap, HashToVectors, AbslToVectors>;
+
+void Meshes(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"elements", "first node"})->Args({100000, 1})->Args({100000, 2000000000});
+}
+void Dense(benchmark::internal::Benchmark* b) {
+    b->ArgNames({"elements", "first node"})->Args({100000, 1});
+}
+KZM_WORKLOAD(MultiInsertMesh, Meshes, MultiMap, Ordered, Hashes);
+KZM_WORKLOAD(MultiInsertMesh, Dense, Vectors);
+KZM_WORKLOAD(MultiInsertRandom, Meshes, MultiMap, Ordered, Hashes);
+KZM_WORKLOAD(MultiInsertRandom, Dense, Vectors);
+KZM_WORKLOAD(MultiAtNodes, Meshes, MultiMap, Compressed, Ordered, Hashes);
+KZM_WORKLOAD(MultiAtNodes, Dense, Vectors);
+KZM_WORKLOAD(MultiValuesInOrder, Meshes, MultiMap, Compressed, Ordered);
+KZM_WORKLOAD(MultiValuesInOrder, Dense, Vectors);
+KZM_WORKLOAD(MultiMove, Dense, MultiMap, Ordered, Hashes);
 
 }  // namespace

@@ -4,6 +4,7 @@
 build_packages=(cmake ninja-build g++ ccache python3)
 test_packages=(libgtest-dev gfortran mpich)
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev pkg-config)
+peer_packages=(libabsl-dev qtbase5-dev robin-map-dev libjudy-dev libroaring-dev libboost-dev)
 
 # With the compiler cache, later builds and other clones share what is the same.
 use_ccache() {
@@ -25,6 +26,21 @@ build_preset() {
     SECONDS=0
     cmake --build --preset "$preset" --parallel "$(nproc)" ${1:+--target "$@"}
     echo "== built $preset in $SECONDS s"
+}
+
+# build_bench TARGET...: benchmarks as users build, with the release preset in a folder of its own.
+build_bench() {
+    local log=build/configure-bench.log
+    use_ccache
+    mkdir -p build
+    echo "== configuring benchmarks"
+    cmake --preset release -B build/bench -DKZM_BUILD_BENCH=ON -DKZM_BUILD_TESTS=OFF \
+        -DKZM_BUILD_EXAMPLES=OFF >"$log" 2>&1 || { cat "$log"; return 1; }
+    grep '^-- bench: ' "$log" || true
+    echo "== building benchmarks"
+    SECONDS=0
+    cmake --build build/bench --parallel "$(nproc)" --target "$@"
+    echo "== built benchmarks in $SECONDS s"
 }
 
 # run_tests PRESET [ctest options]; what ctest says is also kept in build/PRESET/ctest.log.

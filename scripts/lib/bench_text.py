@@ -1,0 +1,27 @@
+"""Figures of benchmarks as people read them."""
+
+import datetime
+
+
+def figure(number):
+    """Three digits that count: 1.23, 12.3, 123."""
+    return f"{number:.2f}" if number < 9.995 else f"{number:.1f}" if number < 99.95 else f"{number:.0f}"
+
+
+def time_text(ns):
+    for unit, size in (("ns", 1e3), ("µs", 1e6), ("ms", 1e9)):
+        if ns < size * 0.9995:
+            return f"{figure(ns / size * 1e3)} {unit}"
+    return f"{figure(ns / 1e9)} s"
+
+
+def bytes_text(number):
+    return f"{number:.1f} B" if number < 9999.5 else f"{number / 1024:.0f} KiB"
+
+
+def ratio_text(ratio):
+    return f"{ratio:.1g}" if ratio < 0.00995 else f"{ratio:.2f}" if ratio < 9.995 else f"{ratio:.0f}"
+
+
+def date_of(context):
+    return datetime.datetime.fromisoformat(context["date"]).strftime("%Y-%m-%d %H:%M")
