@@ -6,6 +6,10 @@
 
 #include "support/started.h"
 #include "support/workload.h"
+#ifdef KZM_BENCH_BOOST
+#include <boost/smart_ptr/local_shared_ptr.hpp>
+#include <boost/smart_ptr/make_local_shared.hpp>
+#endif
 
 namespace {
 
@@ -36,6 +40,21 @@ struct Shared {
     }
     std::shared_ptr<Point> m_point;
 };
+
+#ifdef KZM_BENCH_BOOST
+// Counts without atomic operations, as ours.
+struct Local {
+    static constexpr const char* kWho = "boost::local_shared_ptr";
+    static Local Make() { return {boost::make_local_shared<Point>()}; }
+    Point& ForWriting() {
+        if (m_point.local_use_count() != 1) m_point = boost::make_local_shared<Point>(*m_point);
+        return *m_point;
+    }
+    boost::local_shared_ptr<Point> m_point;
+};
+#else
+using Local = bench::Missing;
+#endif
 
 // A value passed on and dropped.
 template <class Holder>
@@ -78,8 +97,8 @@ void HandleCopyWrite(benchmark::State& state) {
 
 void Once(benchmark::internal::Benchmark*) {}
 
-KZM_WORKLOAD(HandleCopyDrop, Once, Handle, Shared<true>, Shared<false>);
-KZM_WORKLOAD(HandleMakeDrop, Once, Handle, Shared<true>, Shared<false>);
-KZM_WORKLOAD(HandleCopyWrite, Once, Handle, Shared<true>, Shared<false>);
+KZM_WORKLOAD(HandleCopyDrop, Once, Handle, Shared<true>, Shared<false>, Local);
+KZM_WORKLOAD(HandleMakeDrop, Once, Handle, Shared<true>, Shared<false>, Local);
+KZM_WORKLOAD(HandleCopyWrite, Once, Handle, Shared<true>, Shared<false>, Local);
 
 }  // namespace

@@ -5,11 +5,18 @@
 
 #include "support/started.h"
 #include "support/workload.h"
+#ifdef KZM_BENCH_QT
+#include <QByteArray>
+#endif
 
 template <>
 constexpr const char* bench::kWho<cow_String> = "cow_String";
 template <>
 constexpr const char* bench::kWho<std::string> = "std::string";
+#ifdef KZM_BENCH_QT
+template <>
+constexpr const char* bench::kWho<QByteArray> = "Qt::QByteArray";
+#endif
 
 namespace {
 
@@ -26,6 +33,13 @@ template <class Text>
 std::uint64_t Length(const Text& text) {
     return std::string_view(text).size();
 }
+#ifdef KZM_BENCH_QT
+using QtText = QByteArray;
+const char* Bytes(const QtText& text) { return text.constData(); }
+std::uint64_t Length(const QtText& text) { return static_cast<std::uint64_t>(text.size()); }
+#else
+using QtText = bench::Missing;
+#endif
 
 // What does passing a text by value cost?
 template <class Text>
@@ -82,9 +96,9 @@ void Equal(benchmark::State& state) {
 
 void Lengths(benchmark::internal::Benchmark* b) { b->Arg(7)->Arg(15)->Arg(16)->Arg(100); }
 
-KZM_WORKLOAD(Copy, Lengths, cow_String, std::string);
-KZM_WORKLOAD(Make, Lengths, cow_String, std::string);
-KZM_WORKLOAD(AppendTwo, Lengths, cow_String, std::string);
-KZM_WORKLOAD(Equal, Lengths, cow_String, std::string);
+KZM_WORKLOAD(Copy, Lengths, cow_String, std::string, QtText);
+KZM_WORKLOAD(Make, Lengths, cow_String, std::string, QtText);
+KZM_WORKLOAD(AppendTwo, Lengths, cow_String, std::string, QtText);
+KZM_WORKLOAD(Equal, Lengths, cow_String, std::string, QtText);
 
 }  // namespace
