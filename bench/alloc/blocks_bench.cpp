@@ -91,9 +91,9 @@ void TinyScattered(benchmark::State& state) {
     TakeAndGiveBackMany<Heap>(state, order);
 }
 
-void Sizes(benchmark::internal::Benchmark* b) { b->Arg(4)->Arg(32); }
+void Sizes(benchmark::internal::Benchmark* b) { b->ArgName("bytes")->Arg(4)->Arg(32); }
 void ManySizes(benchmark::internal::Benchmark* b) {
-    b->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
+    b->ArgName("bytes")->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
 }
 
 KZM_WORKLOAD(TinyPair, Sizes, Tiny, General, CLibrary);

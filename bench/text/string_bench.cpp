@@ -94,7 +94,9 @@ void Equal(benchmark::State& state) {
     bench::Result(state, equal);
 }
 
-void Lengths(benchmark::internal::Benchmark* b) { b->Arg(7)->Arg(15)->Arg(16)->Arg(100); }
+void Lengths(benchmark::internal::Benchmark* b) {
+    b->ArgName("bytes")->Arg(7)->Arg(15)->Arg(16)->Arg(100);
+}
 
 KZM_WORKLOAD(Copy, Lengths, cow_String, std::string, QtText);
 KZM_WORKLOAD(Make, Lengths, cow_String, std::string, QtText);

@@ -66,7 +66,7 @@ def markdown(families, context, goals):
                 "|---|---|---|--:|---|--:|--:|---|---|"]
         for workload in workloads:
             for line in rows(workload, goals):
-                out.append(("| " + " | ".join(line) + " |").replace("|  |", "| |").replace("|  |", "| |"))
+                out.append("|" + "|".join(f" {cell} " if cell else " " for cell in line) + "|")
         out.append("")
     return "\n".join(out)
 
@@ -84,7 +84,7 @@ def write_between_markers(path, text):
 def questions(sources):
     """The comment above each workload, by its folder and name."""
     found = {}
-    pattern = re.compile(r"((?:^//.*\n)+)template <[^\n]*>\n(?:static )?void (\w+)\(benchmark::State", re.M)
+    pattern = re.compile(r"((?:^//.*\n)+)template <[^\n]*>\nvoid (\w+)\(benchmark::State", re.M)
     for path in pathlib.Path(sources).glob("*/*.cpp"):
         for comment, name in pattern.findall(path.read_text()):
             words = " ".join(line.lstrip("/ ").strip() for line in comment.splitlines())
@@ -123,7 +123,7 @@ def main():
     if options.docs:
         write_between_markers(options.docs, markdown(families, context, goals))
 
-    verdicts = [v for w in workloads for e in w.of_kind("ours") for v in results.verdicts(w, e, goals)]
+    verdicts = results.all_verdicts(workloads, goals)
     print(f"\n{sum(v.met for v in verdicts)} of {len(verdicts)} goals are met; charts: {page}")
     for complaint in complaints:
         print(f"error: {complaint}", file=sys.stderr)

@@ -63,7 +63,8 @@ class Workload:
 
     def best(self, patterns=("*",), measure="time"):
         """The peer that is ahead of the other peers, none where none is measured."""
-        fitting = [e for e in self.of_kind("peer") if value(e, measure) is not None and fits(e.who, patterns)]
+        fitting = [entry for entry in self.of_kind("peer")
+                   if value(entry, measure) is not None and fits(entry.who, patterns)]
         return min(fitting, key=lambda e: value(e, measure), default=None)
 
 
@@ -109,7 +110,8 @@ def read_goals(path):
     for line in pathlib.Path(path).read_text().splitlines():
         if line and not line.startswith("#"):
             family, workload, ours, peers, measure, target = line.split()
-            goals.append(Goal(family, workload, ours, tuple(peers.split(",")), measure, float(target)))
+            patterns = tuple(peers.split(","))
+            goals.append(Goal(family, workload, ours, patterns, measure, float(target)))
     return goals
 
 
@@ -123,10 +125,9 @@ def read_results(paths):
         runs = [run for run in document["benchmarks"] if run.get("run_type") == "iteration"]
         runs.sort(key=lambda run: (run["family_index"], run["per_family_instance_index"]))
         for run in runs:
-            name = re.sub(r"/(iterations|repeats|min_time|process_time|manual_time|real_time)\b[^/]*",
-                          "", run["run_name"])
+            name = re.sub(r"/(iterations|repeats|min_time|\w+_time)\b[^/]*", "", run["run_name"])
             parts = name.split("/")
-            if len(parts) < 2 or not re.fullmatch(r"[A-Z]\w*", parts[0]) or parts[0].startswith("BM_"):
+            if len(parts) < 2 or not re.fullmatch(r"[A-Z][A-Za-z0-9]*", parts[0]):
                 complaints.append(f"{family}: {name} is not named Workload/who/arguments")
                 continue
             if run.get("error_occurred"):
@@ -167,7 +168,7 @@ def disagreements(workload):
 
 
 def verdicts(workload, entry, goals):
-    """What the entry, one of ours, reaches of its goals; of those with one measure the first counts."""
+    """What the entry, one of ours, reaches of its goals; of those for a measure the first."""
     found = {}
     for goal in goals:
         if (goal.measure in found or goal.family != workload.family
@@ -184,3 +185,8 @@ def verdicts(workload, entry, goals):
         if goal.measure in found:
             goal.used = True
     return list(found.values())
+
+
+def all_verdicts(workloads, goals):
+    return [verdict for workload in workloads for entry in workload.of_kind("ours")
+            for verdict in verdicts(workload, entry, goals)]

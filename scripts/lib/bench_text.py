@@ -5,7 +5,8 @@ import datetime
 
 def figure(number):
     """Three digits that count: 1.23, 12.3, 123."""
-    return f"{number:.2f}" if number < 9.995 else f"{number:.1f}" if number < 99.95 else f"{number:.0f}"
+    digits = 2 if number < 9.995 else 1 if number < 99.95 else 0
+    return f"{number:.{digits}f}"
 
 
 def time_text(ns):
@@ -20,7 +21,9 @@ def bytes_text(number):
 
 
 def ratio_text(ratio):
-    return f"{ratio:.1g}" if ratio < 0.00995 else f"{ratio:.2f}" if ratio < 9.995 else f"{ratio:.0f}"
+    if ratio < 0.00995:
+        return f"{ratio:.1g}"
+    return f"{ratio:.2f}" if ratio < 9.995 else f"{ratio:.0f}"
 
 
 def date_of(context):
