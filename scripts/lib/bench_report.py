@@ -60,7 +60,10 @@ def text_table(lines):
 def markdown(families, context, goals):
     out = [f"Measured on {date_of(context)}, {context['num_cpus']} processors of "
            f"{context['mhz_per_cpu'] / 1000:.1f} GHz, load {context['load_avg'][0]:.1f}. "
-           "Processor time; for an entry where a workload works on many.", ""]
+           "Processor time; for an entry where a workload works on many."]
+    if context["load_avg"][0] > context["num_cpus"] / 2:
+        out.append("Other work kept the machine busy at the same time: single figures are uncertain.")
+    out.append("")
     for family, workloads in families.items():
         out += [f"### {family}", "", "| " + " | ".join(HEADINGS) + " |",
                 "|---|---|---|--:|---|--:|--:|---|---|"]

@@ -17,7 +17,7 @@ def time_text(ns):
 
 
 def bytes_text(number):
-    return f"{number:.1f} B" if number < 9999.5 else f"{number / 1024:.0f} KiB"
+    return f"{figure(number)} B" if number < 9999.5 else f"{number / 1024:.0f} KiB"
 
 
 def ratio_text(ratio):
