@@ -84,7 +84,7 @@ private:
     template <class, class>
     friend class omi_UintTableBlock;
     template <class, class>
-    friend class omi_TableBlockWalk;
+    friend class omi_TableWalk;
 
     static constexpr unsigned int kGrowthStep = 128;
     static constexpr unsigned int kBlockShift = 8;

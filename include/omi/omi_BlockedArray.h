@@ -77,7 +77,7 @@ private:
     friend struct kzm_Layout;
     friend class omi_BlkBitVect;
     template <class, class>
-    friend class omi_TableBlockWalk;
+    friend class omi_TableWalk;
     friend KZM_API void SetBitTraverseData(const omi_BlkBitVect*, omi_BlkBitVectTrav*);
 
     static T** NewTable(unsigned slots);  // of null entries, null for 0 slots

@@ -19,8 +19,31 @@ public:
     omi_IntTableIterator(const omi_IntTableIterator&) = delete;
     omi_IntTableIterator& operator=(const omi_IntTableIterator&) = delete;
 
-    void First();
-    void Last();
+    void First() {
+        if (m_compare) {
+            Build();
+            m_sorted.First();
+            return;
+        }
+        m_negativesAhead = m_table->m_negative->Size();
+        if (m_negativesAhead > 0) {
+            m_negative.Last();
+            m_nonNegative.Leave();
+        } else {
+            m_nonNegative.First();
+        }
+    }
+
+    void Last() {
+        if (m_compare) {
+            Build();
+            m_sorted.Last();
+            return;
+        }
+        m_negativesAhead = 0;
+        m_nonNegative.Last();
+        EnterNegative();
+    }
 
     void Next() {
         if (m_compare) {
@@ -34,7 +57,20 @@ public:
         }
     }
 
-    void Previous();
+    void Previous() {
+        if (m_compare) {
+            m_sorted.Previous();
+        } else if (m_negativesAhead == 0) {
+            if (m_nonNegative.IsDone()) return;
+            m_nonNegative.Previous();
+            EnterNegative();
+        } else if (m_negativesAhead == m_table->m_negative->Size()) {
+            m_negativesAhead = 0;  // the other half stands nowhere: done
+        } else {
+            m_negative.Next();
+            ++m_negativesAhead;
+        }
+    }
 
     bool IsDone() const {
         if (m_compare) return m_sorted.IsDone();
@@ -44,22 +80,29 @@ public:
     // These two need a current member.
     int CurrentKey() const {
         if (m_compare) return m_sorted.Current().key;
-        if (m_negativesAhead > 0) return static_cast<int>(0u - m_negative.CurrentKey());
-        return static_cast<int>(m_nonNegative.CurrentKey());
+        if (m_negativesAhead > 0) return static_cast<int>(0u - m_negative.Key());
+        return static_cast<int>(m_nonNegative.Key());
     }
     const V& CurrentValue() const {
         if (m_compare) return *m_sorted.Current().value;
-        return m_negativesAhead > 0 ? m_negative.CurrentValue() : m_nonNegative.CurrentValue();
+        return m_negativesAhead > 0 ? m_negative.Value() : m_nonNegative.Value();
     }
 
 private:
     void Build();
 
+    // Backwards, once the other half is left.
+    void EnterNegative() {
+        if (!m_nonNegative.IsDone() || m_table->m_negative->IsEmpty()) return;
+        m_negative.First();
+        m_negativesAhead = 1;
+    }
+
     const omi_IntTable<V, A>* m_table;
     omi_TableCompare m_compare;
     omi_SortedRecords<int, V, A> m_sorted;
-    omi_UintTableIterator<V, A> m_negative;
-    omi_UintTableIterator<V, A> m_nonNegative;
+    omi_TableWalk<V, A> m_negative;
+    omi_TableWalk<V, A> m_nonNegative;
     int m_negativesAhead;  // negative members from the current one on; 0 beyond them
 };
 

@@ -2,6 +2,7 @@
 #include <omi/omi_BlkBitVect.h>
 #include <omi/omi_StdIterator.h>
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -13,139 +14,172 @@ class omi_UintTable;
 template <class V, class A>
 class omi_UintTableBlock;
 
-// A walk over the members of one table block in both directions: a place among its membership bits
-// and the value cell that belongs to it. It reads the bits anew at each step, so that members which
-// were removed meanwhile are passed over. Steps within a word stay in registers: what leaves the
-// word works on a copy.
+// A walk over the members of one table in both directions, in key order: a place among a block's
+// membership bits and the value cell that belongs to it. It reads the bits anew at each step, so
+// that members which were removed meanwhile are passed over.
+//
+// What leaves the word is done out of line by functions of values, which no address of a walk
+// reaches: so the walk of a loop lives in registers.
 template <class V, class A>
-class omi_TableBlockWalk {
+class omi_TableWalk {
+    using Table = omi_UintTable<V, A>;
     using Block = omi_UintTableBlock<V, A>;
 
 public:
+    omi_TableWalk() = default;  // of no table, done
+    explicit omi_TableWalk(const Table& table) : m_table(&table) {}
+
     bool IsDone() const { return !m_word; }
     void Leave() { m_word = nullptr; }
 
-    // These need a current member.
-    unsigned int Local() const { return m_local; }
+    // These need a current member. The value is the table's own.
+    unsigned int Key() const { return m_base + m_local; }
     V& Value() const { return *m_cell; }
 
-    // Each is false, and the walk stands nowhere, if there is no such member. Next and Prev need a
-    // current member.
-    bool First(const Block& block) {
-        *this = FirstOf(&block);
-        return m_word;
+    // Beyond its ends, Next and Previous do nothing.
+    void First() { *this = FromSlot(m_table, 0); }
+    void Last() { *this = DownFromSlot(m_table, std::int64_t{m_table->m_slotCount} - 1); }
+    void Next() {
+        if (m_word && !NextInBlock()) NextBlock();
     }
-    bool Last(const Block& block) {
-        *this = LastOf(&block);
-        return m_word;
-    }
-    bool Next() {
-        const unsigned int above = *m_word & m_group & (0u - (m_bit << 1));
-        if (above)
-            Move(above & (0u - above), std::countr_zero(above));
-        else
-            *this = Higher(*this);
-        return m_word;
-    }
-    bool Prev() {
-        const unsigned int below = *m_word & m_group & (m_bit - 1);
-        if (below)
-            Move(std::bit_floor(below), 31 - std::countl_zero(below));
-        else
-            *this = Lower(*this);
-        return m_word;
+    void Previous() {
+        if (m_word && !PreviousInBlock()) PreviousBlock();
     }
 
-    bool operator==(const omi_TableBlockWalk& other) const {
-        return m_word == other.m_word && m_bit == other.m_bit;
+    // To the lowest member of the next block, or the highest of the block before; from nowhere, of
+    // the first or last one.
+    void NextBlock() { *this = FromSlot(m_table, m_slot + 1); }
+    void PreviousBlock() { *this = DownFromSlot(m_table, m_slot - 1); }
+
+    bool operator==(const omi_TableWalk& other) const {
+        return m_word == other.m_word && (!m_word || m_local == other.m_local);
     }
 
 private:
     static constexpr unsigned int kWords = omi_BlkBitVect::kBlockWords;
 
+    struct Place {
+        const unsigned int* word;  // null for nowhere
+        std::size_t local;
+    };
+
+    // The next bit, which in dense tables is set as a rule, is not waited for.
+    bool NextInBlock() {
+        const auto above = static_cast<unsigned int>(*m_word & m_group) >> (m_local & 31) >> 1;
+        if (above & 1) [[likely]]
+            return Move(1);
+        if (above) return Move(1 + std::countr_zero(above));
+        return Stand(Above(m_block, m_word, m_local));
+    }
+    bool PreviousInBlock() {
+        const auto below = static_cast<unsigned int>(*m_word & m_group) << (~m_local & 31) << 1;
+        if (below >> 31) [[likely]]
+            return Move(-1);
+        if (below) return Move(-1 - std::countl_zero(below));
+        return Stand(Below(m_block, m_word, m_local));
+    }
+
     // To another bit of the same word whose cell lies in the same group of cells.
-    void Move(unsigned int bit, int number) {
-        const unsigned int local = (m_local & ~31u) + static_cast<unsigned int>(number);
-        m_cell += static_cast<std::ptrdiff_t>(local) - static_cast<std::ptrdiff_t>(m_local);
-        m_local = local;
-        m_bit = bit;
+    bool Move(int distance) {
+        m_cell += distance;
+        m_local += static_cast<unsigned int>(distance);
+        return true;
     }
 
-    // To a bit of the word with this number, which lies at `place`.
-    void Stand(unsigned int word, const unsigned int* place, int number) {
-        m_word = place;
-        m_bit = 1u << number;
-        m_local = word * 32 + static_cast<unsigned int>(number);
-        m_cell = m_block->GetCell(m_local);
+    bool Stand(Place place) {
+        m_word = place.word;
+        if (!m_word) return false;
+        m_local = static_cast<unsigned int>(place.local);
         const unsigned int cells = m_block->m_blockMask;
-        m_group =
-            cells >= 31 ? ~0u : ((2u << cells) - 1) << (static_cast<unsigned>(number) & ~cells);
+        m_cell = m_block->m_table[m_local >> (m_block->m_blockShift & 31)] + (m_local & cells);
+        m_group = cells >= 31 ? ~0u : ((2u << cells) - 1) << (m_local & 31 & ~cells);
+        return true;
     }
 
-    // `bits` are what is left of the word.
-    void SeekUp(unsigned int word, const unsigned int* place, unsigned int bits) {
-        const omi_BlkBitVect& members = m_block->Members();
+    // `bits` are what is left of the word with this number.
+    static Place SeekUp(const Block* block, const unsigned int* word, unsigned int number,
+                        unsigned int bits) {
+        const omi_BlkBitVect& members = block->Members();
         while (!bits) {
-            if (++word % kWords == 0) {
+            if (++number % kWords == 0) {
                 const unsigned int slots = members.m_slotCount;
                 const unsigned int slot =
-                    omi_detail::NextPresent(members.m_table, word / kWords, slots);
-                if (slot == slots) return Leave();
-                word = slot * kWords;
-                place = members.m_table[slot];
+                    omi_detail::NextPresent(members.m_table, number / kWords, slots);
+                if (slot == slots) return {nullptr, 0};
+                number = slot * kWords;
+                word = members.m_table[slot];
             } else {
-                ++place;
+                ++word;
             }
-            bits = *place;
+            bits = *word;
         }
-        Stand(word, place, std::countr_zero(bits));
+        return {word, number * 32 + static_cast<unsigned int>(std::countr_zero(bits))};
     }
-
-    void SeekDown(unsigned int word, const unsigned int* place, unsigned int bits) {
-        const omi_BlkBitVect& members = m_block->Members();
+    static Place SeekDown(const Block* block, const unsigned int* word, unsigned int number,
+                          unsigned int bits) {
+        const omi_BlkBitVect& members = block->Members();
         while (!bits) {
-            if (word % kWords == 0) {
-                unsigned int slot = word / kWords;
+            if (number % kWords == 0) {
+                unsigned int slot = number / kWords;
                 while (slot > 0 && !members.m_table[slot - 1]) --slot;
-                if (slot == 0) return Leave();
-                word = slot * kWords - 1;
-                place = members.m_table[slot - 1] + kWords - 1;
+                if (slot == 0) return {nullptr, 0};
+                number = slot * kWords - 1;
+                word = members.m_table[slot - 1] + kWords - 1;
             } else {
+                --number;
                 --word;
-                --place;
             }
-            bits = *place;
+            bits = *word;
         }
-        Stand(word, place, 31 - std::countl_zero(bits));
+        return {word, number * 32 + 31 - static_cast<unsigned int>(std::countl_zero(bits))};
     }
 
-    [[gnu::noinline]] static omi_TableBlockWalk FirstOf(const Block* block) {
-        omi_TableBlockWalk walk;
-        walk.m_block = block;
-        walk.SeekUp(~0u, nullptr, 0);
+    [[gnu::noinline]] static Place Above(const Block* block, const unsigned int* word,
+                                         unsigned int local) noexcept {
+        return SeekUp(block, word, local / 32, *word & ~1u << (local & 31));
+    }
+    [[gnu::noinline]] static Place Below(const Block* block, const unsigned int* word,
+                                         unsigned int local) noexcept {
+        return SeekDown(block, word, local / 32, *word & ((1u << (local & 31)) - 1));
+    }
+
+    // At the first member from this slot on, or at the last one of this slot and those before.
+    [[gnu::noinline]] static omi_TableWalk FromSlot(const Table* table,
+                                                    std::int64_t slot) noexcept {
+        omi_TableWalk walk(*table);
+        const std::int64_t end = table->m_slotCount;
+        for (slot = std::clamp<std::int64_t>(slot, 0, end); slot < end; ++slot)
+            if (walk.Enter(slot) && walk.Stand(SeekUp(walk.m_block, nullptr, ~0u, 0))) break;
+        walk.m_slot = slot;
         return walk;
     }
-    [[gnu::noinline]] static omi_TableBlockWalk LastOf(const Block* block) {
-        omi_TableBlockWalk walk;
-        walk.m_block = block;
-        walk.SeekDown(block->Members().m_slotCount * kWords, nullptr, 0);
-        return walk;
-    }
-    [[gnu::noinline]] static omi_TableBlockWalk Higher(omi_TableBlockWalk walk) {
-        walk.SeekUp(walk.m_local / 32, walk.m_word, *walk.m_word & (0u - (walk.m_bit << 1)));
-        return walk;
-    }
-    [[gnu::noinline]] static omi_TableBlockWalk Lower(omi_TableBlockWalk walk) {
-        walk.SeekDown(walk.m_local / 32, walk.m_word, *walk.m_word & (walk.m_bit - 1));
+    [[gnu::noinline]] static omi_TableWalk DownFromSlot(const Table* table,
+                                                        std::int64_t slot) noexcept {
+        omi_TableWalk walk(*table);
+        for (slot = std::clamp<std::int64_t>(slot, -1, std::int64_t{table->m_slotCount} - 1);
+             slot >= 0; --slot) {
+            if (!walk.Enter(slot)) continue;
+            const unsigned int words = walk.m_block->Members().m_slotCount * kWords;
+            if (walk.Stand(SeekDown(walk.m_block, nullptr, words, 0))) break;
+        }
+        walk.m_slot = slot;
         return walk;
     }
 
+    bool Enter(std::int64_t slot) {
+        m_base = static_cast<unsigned int>(static_cast<std::uint64_t>(slot) << m_table->m_keyShift);
+        m_block = m_table->m_table[slot];
+        return m_block;
+    }
+
+    const Table* m_table = nullptr;
     const Block* m_block = nullptr;
     const unsigned int* m_word = nullptr;  // null while the walk stands nowhere
     V* m_cell = nullptr;
+    std::int64_t m_slot = -2;  // of the current member's block; -2 before the first move
     unsigned int m_local = 0;
-    unsigned int m_bit = 0;    // the current one of the word
-    unsigned int m_group = 0;  // bits of the word whose cells lie side by side with the current one
+    std::size_t m_group = 0;  // bits of the word whose cells lie side by side with the current one
+    unsigned int m_base = 0;  // lowest key of the slot
 };
 
 // The walk behind begin() and end() of the integer-keyed tables, in ascending key order. Key is
@@ -162,21 +196,28 @@ public:
 
     // On the first member. `negative` is the half to walk downwards first, or null.
     omi_TableCursor(const Table* negative, const Table* table)
-        : m_half(negative), m_after(table), m_slot(negative ? negative->m_slotCount : 0) {
-        *this = AtNextBlock(*this);
+        : m_walk(negative ? *negative : *table), m_after(negative ? table : nullptr) {
+        if (negative)
+            m_walk.Last();
+        else
+            m_walk.First();
+        LeaveNegative();
     }
 
     bool IsDone() const { return m_walk.IsDone(); }
 
     void Next() {
-        if (!IsDone() && !(IsNegative() ? m_walk.Prev() : m_walk.Next()))
-            *this = AtNextBlock(*this);
+        if (IsNegative()) {
+            m_walk.Previous();
+            LeaveNegative();
+        } else {
+            m_walk.Next();
+        }
     }
 
     // These need a current member. The value is the table's own.
     Key CurrentKey() const {
-        const unsigned int key = m_base + m_walk.Local();
-        return static_cast<Key>(IsNegative() ? 0u - key : key);
+        return static_cast<Key>(IsNegative() ? 0u - m_walk.Key() : m_walk.Key());
     }
     V& CurrentValue() const { return m_walk.Value(); }
     omi_PairItem<Key, V> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
@@ -188,35 +229,13 @@ public:
 private:
     bool IsNegative() const { return std::is_signed_v<Key> && m_after; }
 
-    // The block of the slot, if there is one.
-    const omi_UintTableBlock<V, A>* Enter(std::int64_t slot) {
-        m_base = static_cast<unsigned int>(static_cast<std::uint64_t>(slot) << m_half->m_keyShift);
-        return m_half->m_table[slot];
+    void LeaveNegative() {
+        if (!IsNegative() || !m_walk.IsDone()) return;
+        m_walk = omi_TableWalk<V, A>(*m_after);
+        m_walk.First();
+        m_after = nullptr;
     }
 
-    [[gnu::noinline]] static omi_TableCursor AtNextBlock(omi_TableCursor cursor) {
-        cursor.NextBlock();
-        return cursor;
-    }
-
-    void NextBlock() {
-        if (m_after) {
-            if (m_half)
-                while (--m_slot >= 0)
-                    if (const auto* const block = Enter(m_slot); block && m_walk.Last(*block))
-                        return;
-            m_half = m_after;
-            m_after = nullptr;
-            m_slot = -1;
-        }
-        for (const std::int64_t end = m_half->m_slotCount; ++m_slot < end;)
-            if (const auto* const block = Enter(m_slot); block && m_walk.First(*block)) return;
-        m_walk.Leave();
-    }
-
-    const Table* m_half = nullptr;   // the table being walked
+    omi_TableWalk<V, A> m_walk;
     const Table* m_after = nullptr;  // what comes after the negative half, null once it is reached
-    omi_TableBlockWalk<V, A> m_walk;
-    std::int64_t m_slot = 0;
-    unsigned int m_base = 0;  // lowest key of the slot
 };

@@ -158,8 +158,8 @@ private:
     friend class omi_UintTableIterator;
     template <class, class>
     friend class omi_IntTable;
-    template <class, class, class>
-    friend class omi_TableCursor;
+    template <class, class>
+    friend class omi_TableWalk;
 
     // A shift by 32 is a slot number of 0.
     unsigned int Slot(unsigned int key) const {

@@ -18,34 +18,38 @@ class omi_UintTableIterator {
 public:
     explicit omi_UintTableIterator(const omi_UintTable<V, A>& table,
                                    omi_TableCompare compare = nullptr)
-        : m_table(&table), m_compare(compare), m_slot(-2), m_base(0) {}
+        : m_table(&table), m_compare(compare), m_walk(table) {}
 
     omi_UintTableIterator(const omi_UintTableIterator&) = delete;
     omi_UintTableIterator& operator=(const omi_UintTableIterator&) = delete;
 
-    void First();
-    void Last();
+    void First() {
+        if (!m_compare) return m_walk.First();
+        Build();
+        m_sorted.First();
+    }
+    void Last() {
+        if (!m_compare) return m_walk.Last();
+        Build();
+        m_sorted.Last();
+    }
 
     void Next() {
         if (m_compare)
             m_sorted.Next();
-        else if (!m_walk.IsDone() && !m_walk.Next())
-            NextBlock();
+        else
+            m_walk.Next();
     }
-
     void Previous() {
         if (m_compare)
             m_sorted.Previous();
-        else if (!m_walk.IsDone() && !m_walk.Prev())
-            PreviousBlock();
+        else
+            m_walk.Previous();
     }
-
     bool IsDone() const { return m_compare ? m_sorted.IsDone() : m_walk.IsDone(); }
 
     // These three need a current member.
-    unsigned int CurrentKey() const {
-        return m_compare ? m_sorted.Current().key : m_base + m_walk.Local();
-    }
+    unsigned int CurrentKey() const { return m_compare ? m_sorted.Current().key : m_walk.Key(); }
     const V& CurrentValue() const { return m_compare ? *m_sorted.Current().value : m_walk.Value(); }
 
     // In key order: goes on to the lowest key of the next block, or to the highest of the block
@@ -55,19 +59,12 @@ public:
     bool PreviousBlock();
 
 private:
-    template <class, class>
-    friend class omi_IntTableIterator;
-
-    void Leave() { m_walk.Leave(); }  // in key order: stands nowhere
     void Build();
-    const omi_UintTableBlock<V, A>* Enter(std::int64_t slot);
 
     const omi_UintTable<V, A>* m_table;
     omi_TableCompare m_compare;
     omi_SortedRecords<unsigned int, V, A> m_sorted;
-    omi_TableBlockWalk<V, A> m_walk;
-    std::int64_t m_slot;  // of the current member's block; -2 before the first move
-    unsigned int m_base;  // lowest key of the slot
+    omi_TableWalk<V, A> m_walk;
 };
 
 #define OMI_DECLARE_UINT_TABLE_ITERATOR(V, A) KZM_DECLARE(omi_UintTableIterator<V, A>)
