@@ -48,9 +48,13 @@ function(kzm_library name)
   if(WIN32)
     set_target_properties(${name} PROPERTIES PREFIX "")
   else()
-    target_link_options(${name} PRIVATE -Wl,--no-undefined)
-    # A unique symbol, such as a template's static member, would keep the library from unloading.
-    target_compile_options(${name}_objects PRIVATE -fno-gnu-unique)
+    if(NOT KZM_SANITIZE MATCHES fuzzer)  # whose runtime is in the program
+      target_link_options(${name} PRIVATE -Wl,--no-undefined)
+    endif()
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      # A unique symbol, such as a template's static member, would keep the library from unloading.
+      target_compile_options(${name}_objects PRIVATE -fno-gnu-unique)
+    endif()
   endif()
   kzm_exports(${name} HEADERS ${arg_HEADERS} INCLUDE ${arg_INCLUDE} LINK ${arg_LINK})
 endfunction()

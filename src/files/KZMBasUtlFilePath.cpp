@@ -147,11 +147,11 @@ void KZMBasUtlFilePath::Split(cow_String& directory, cow_String& file) {
 }
 
 KZMBasUtlFilePath& KZMBasUtlFilePath::ReplaceSeparators(const char* from, const char* to) {
-    if (!Whole()) {
-        for (cow_String* text : {&m_baseDirectory, &m_directory, &m_baseName})
-            substitute(*text, from, to);
-    }
-    return *this;
+    if (Whole()) return *this;
+    KZMBasUtlFilePath turned(*this);
+    for (cow_String* text : {&turned.m_baseDirectory, &turned.m_directory, &turned.m_baseName})
+        substitute(*text, from, to);
+    return *this = turned;
 }
 
 KZMBasUtlFilePath& KZMBasUtlFilePath::Native() { return ReplaceSeparators("/", "\\"); }

@@ -1,9 +1,8 @@
 #include <coreutils/atr_String.h>
 #include <cow/cow_String.h>
 #include <gtest/gtest.h>
+#include <host/host_heap.h>
 #include <support/expect_abort.h>
-#include <support/memory_failure.h>
-#include <support/random.h>
 
 #include <algorithm>
 #include <climits>
@@ -119,81 +118,6 @@ TEST(String, SearchesFromBothEnds) {
         EXPECT_EQ(text.Find(s, pos), found) << pos;
         EXPECT_EQ(text.RFind(s, pos), foundBackwards) << pos;
     }
-}
-
-// What an edit works with, for a string and for the std::string it must equal. The source may lie
-// in the string itself.
-struct Args {
-    Args(const cow_String& t, int position, int length, const char* source)
-        : pos(position),
-          n(length),
-          from(static_cast<std::size_t>(std::clamp(pos, 0, t.Length()))),
-          count(static_cast<std::size_t>(std::max(n, 0))),
-          s(source ? source : t.CStr() + from),
-          text(s) {}
-    int pos, n;
-    std::size_t from, count;
-    const char* s;
-    std::string text;
-};
-
-using S = cow_String;
-using M = std::string;
-using A = const Args&;
-const std::pair<void (*)(S&, A), void (*)(M&, A)> kEdits[] = {
-    {[](S& t, A a) { t.Append(a.s); }, [](M& m, A a) { m.append(a.text); }},
-    {[](S& t, A) { t.Length() < 99 ? t.Append(t) : t; },
-     [](M& m, A) { m += m.size() < 99 ? m : ""; }},
-    {[](S& t, A a) { t.Insert(a.pos, a.s, a.n); },
-     [](M& m, A a) { m.insert(a.from, a.text, 0, a.count); }},
-    {[](S& t, A a) { t.Erase(a.pos, a.n); }, [](M& m, A a) { m.erase(a.from, a.count); }},
-    {[](S& t, A a) { t.Replace(a.pos, a.n, a.s, 7); },
-     [](M& m, A a) { m.replace(a.from, a.count, a.text, 0, 7); }},
-    {[](S& t, A a) { a.n < 3 ? t = a.s : t; }, [](M& m, A a) { m = a.n < 3 ? a.text : m; }},
-    {[](S& t, A a) { a.pos >= 0 && a.pos < t.Length() ? t[a.pos] = 'Z' : 'Z'; },
-     [](M& m, A a) { a.pos >= 0 && a.from < m.size() ? m[a.from] = 'Z' : 'Z'; }},
-    {[](S& t, A) { t.RightTrim("ab"); }, [](M& m, A) { m.erase(m.find_last_not_of("ab") + 1); }},
-    {[](S& t, A) { t.LeftTrim("ab"); }, [](M& m, A) { m.erase(0, m.find_first_not_of("ab")); }},
-    {[](S& t, A) { t.ToLower(); }, [](M& m, A) { std::replace(m.begin(), m.end(), 'Z', 'z'); }},
-    {[](S& t, A a) { t = t.Substr(a.pos, 30); }, [](M& m, A a) { m = m.substr(a.from, 30); }}};
-
-TEST(StringModel, CopiesStayIndependentUnderRandomEdits) {
-    for (unsigned seed = 1; seed <= 20; ++seed) {
-        Random rng(seed);
-        std::vector<std::pair<cow_String, std::string>> all(6);
-        for (int step = 0; step < 2000; ++step) {
-            if (rng.OneIn(8)) all[rng.Below(6)] = all[rng.Below(6)];
-            auto& [text, model] = all[rng.Below(6)];
-            const std::string other(rng.Below(20), static_cast<char>('a' + rng.Below(26)));
-            const Args args(text, static_cast<int>(rng.Below(40)) - 4,
-                            static_cast<int>(rng.Below(12)) - 1,
-                            rng.OneIn(4) ? nullptr : other.c_str());
-            const auto kind = rng.Below(std::size(kEdits));
-            kEdits[kind].first(text, args);
-            kEdits[kind].second(model, args);
-            for (const auto& [each, itsModel] : all)
-                ASSERT_EQ(Text(each), itsModel) << "seed " << seed << " edit " << kind;
-        }
-    }
-}
-
-TEST(String, MemoryFailureLeavesTheValueBeforeOrAfter) {
-    const std::string before = "shared text of Zome length, ab";
-    for (const auto& [edit, editModel] : kEdits)
-        for (const char* const source : {static_cast<const char*>(nullptr), "another text"}) {
-            std::string after = before;
-            editModel(after, Args(before.c_str(), 2, 2, source));
-            ForEveryAllocationFailure(
-                [&] { return std::pair(cow_String(before.c_str()), cow_String()); },
-                [&, apply = edit](auto& pair) {
-                    pair.second = pair.first;
-                    apply(pair.first, Args(pair.first, 2, 2, source));
-                },
-                [&](const auto& pair, bool done) {
-                    EXPECT_EQ(Text(pair.first), done ? after : before);
-                    EXPECT_TRUE(pair.second.Empty() || Text(pair.second) == before);
-                });
-        }
 }
 
 TEST(String, AppendingByteByByteReallocatesRarely) {

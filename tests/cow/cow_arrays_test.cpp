@@ -1,7 +1,7 @@
 #include <cow/cow_2DArray.h>
 #include <cow/cow_FixedArray.h>
 #include <gtest/gtest.h>
-#include <support/memory_failure.h>
+#include <host/host_heap.h>
 
 #include <algorithm>
 #include <climits>
@@ -78,14 +78,6 @@ TEST(Arrays, EqualityIsShapeThenElements) {
     EXPECT_NE(cow_2DArray<float>(1, 1, NAN), cow_2DArray<float>(1, 1, NAN));
 }
 
-TEST(Array2D, ElementsLieRowByRow) {
-    cow_2DArray<int> a(2, 3, 0);
-    const cow_2DArray<int> b(a);
-    a.Get(1, 0) = 7;
-    EXPECT_EQ(std::vector<int>(a.begin(), a.end()), (std::vector{0, 0, 0, 7, 0, 0}));
-    EXPECT_EQ(b.ConstGet(1, 0), 0);
-}
-
 TEST(Array2D, NoElementsNeedNoStorageAndTooManyAreExhaustion) {
     for (const auto& [rows, cols] : {std::pair(0, 5), {5, 0}, {-3, 2}, {0, 0}}) {
         const cow_2DArray<cow_String> a(rows, cols, "x");
@@ -106,17 +98,6 @@ TEST(ArrayReps, AssignmentCopiesDeepAndSurvivesSelf) {
     cow_2DArrayRep<int> some(1, 2, 3);
     some = some = none;
     EXPECT_TRUE(!some.Data() && some.Cols() == 4);
-}
-
-TEST(Arrays, MemoryFailureLeavesAllSharersAsTheyWere) {
-    const cow_2DArray<cow_String> full(2, 2, "x");
-    const cow_FixedArray<cow_String> row(3, "x");
-    ForEveryAllocationFailure([&] { return std::pair(full, row); },
-                              [](auto& pair) { pair.second.Get(1) = pair.first.Get(1, 1) = "y"; },
-                              [&](const auto& pair, bool done) {
-                                  EXPECT_EQ(pair.second.ConstGet(1), done ? "y" : "x");
-                                  EXPECT_TRUE(full.ConstGet(1, 1) == "x" && row.ConstGet(1) == "x");
-                              });
 }
 
 }  // namespace

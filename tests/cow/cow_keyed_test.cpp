@@ -7,10 +7,8 @@
 #include <cow/cow_Map.impl.h>
 #include <cow/cow_MapIterator.impl.h>
 #include <gtest/gtest.h>
-#include <support/boxed.h>
+#include <host/host_heap.h>
 #include <support/expect_abort.h>
-#include <support/memory_failure.h>
-#include <support/random.h>
 
 #include <algorithm>
 #include <climits>
@@ -32,12 +30,6 @@ template <class C>
 constexpr bool kIsMultiMap = requires {
     &C::InsertUnique;
 };
-
-std::map<int, int> ModelOf(const auto&);
-template <template <class, class> class C, class K, class V>
-std::map<K, V> ModelOf(const C<K, V>&);
-template <class C>
-using Model = decltype(ModelOf(std::declval<C>()));
 
 template <class C>
 auto& At(C& c, const auto& key) {
@@ -72,44 +64,6 @@ bool Apply(C& c, char op, const auto& key, const auto& value) {
     At(c, key) = value;
     return true;
 }
-template <class C>
-bool ApplyToModel(Model<C>& model, char op, const auto& key, const auto& value) {
-    const bool member = model.contains(key);
-    const bool replaces = op == '=' || !(kIsTree<C> || kIsMultiMap<C>);
-    if (op == '-')
-        model.erase(key);
-    else if (op == '=' ? member : !member || replaces)
-        model.insert_or_assign(key, value);
-    return (op == '+') != member;
-}
-
-template <class C>
-Model<C> Contents(const C& container) {
-    Model<C> contents;
-    for (const auto& [key, value] : container)
-        EXPECT_TRUE(contents.emplace(key, value).second) << "a key twice";
-    return contents;
-}
-
-template <class Node>
-int CheckedDepth(const Node* node) {
-    if (!node) return -1;
-    const int left = CheckedDepth(node->Left()), right = CheckedDepth(node->Right());
-    EXPECT_EQ(node->Depth(), 1 + std::max(left, right));
-    return node->Depth();
-}
-template <class C>
-void ExpectSound(const C& c) {
-    if constexpr (kIsTree<C>) {
-        CheckedDepth(c.Root());
-        EXPECT_TRUE(std::is_sorted(c.begin(), c.end(), [](const auto& a, const auto& b) {
-            return C::Compare(a.key, b.key) > 0;
-        }));
-    } else {
-        EXPECT_EQ(c.Size(), std::distance(c.begin(), c.end()));
-    }
-}
-
 long AllocationsOf(const auto& operation) {
     host_heap::Watch();
     operation();
@@ -128,83 +82,6 @@ C Counting(int n) {
 std::vector<int> Ints(const char* text) {
     std::istringstream in(text);
     return {std::istream_iterator<int>(in), std::istream_iterator<int>()};
-}
-
-template <class C>
-class Keyed : public testing::Test {};
-using All = testing::Types<Tree, Map, cow_Btree<cow_String, Boxed>, cow_Map<cow_String, Boxed>,
-                           cow_IntTableInt, cow_IntMultiMapInt>;
-TYPED_TEST_SUITE(Keyed, All);
-
-// A write that reaches a shared node shows in a container that nobody wrote.
-TYPED_TEST(Keyed, CopiesStayIndependentUnderRandomEdits) {
-    using M = Model<TypeParam>;
-    host_heap::Watch();
-    for (unsigned seed = 1; seed <= 3; ++seed) {
-        SCOPED_TRACE(seed);
-        Random rng(seed);
-        std::vector<std::pair<TypeParam, M>> all(5);
-        for (int step = 0; step < 15000; ++step) {
-            if (rng.OneIn(20)) all[rng.Below(5)] = all[rng.Below(5)];
-            auto& [container, model] = all[rng.Below(5)];
-            const typename M::key_type key(static_cast<int>(rng.Clustered()));
-            const typename M::mapped_type value(step);
-            const char op = "+-="[rng.Below(3)];
-            ASSERT_EQ(Apply(container, op, key, value),
-                      ApplyToModel<TypeParam>(model, op, key, value));
-            if (step % 128 != 0) continue;
-            for (const auto& [each, itsModel] : all) {
-                ASSERT_EQ(Contents(each), itsModel);
-                ExpectSound(each);
-            }
-        }
-    }
-    EXPECT_EQ(host_heap::g_probe.live, 0);
-    host_heap::Unwatch();
-}
-
-// A private and a shared container; a copy never notices. Where a write throws, the entries are as
-// before or, in a tree, perhaps as after it already.
-TYPED_TEST(Keyed, MemoryFailureLeavesEntriesAsBeforeOrAfter) {
-    const struct {
-        const char* keys;
-        char op;
-        int key;
-    } writes[] = {{"", '+', 4},
-                  {"1 2 3", '+', 4},
-                  {"0 1 2 3", '+', 7},
-                  {"0 1 2 3", '+', 3},
-                  {"4 2 8 1 3 6 9", '=', 1},
-                  {"-2 3 2147483647", '-', 999},
-                  {"-2 3 2147483647", '-', 2147483647},
-                  {"5 3 7 2 8 1", '-', 8},
-                  {"8 4 9 2 5 10 1", '-', 5},
-                  {"4 2 8 1 3 6 9 5 7", '-', 4},
-                  {"0 1 2 3 4 5 6 7", '-', 0},
-                  {"4", '-', 4}};
-    using K = typename Model<TypeParam>::key_type;
-    for (const auto& [keys, op, number] : writes) {
-        SCOPED_TRACE(testing::Message() << op << number << " in " << keys);
-        const K key(number);
-        std::vector<std::pair<K, int>> entries;  // in the order of insertion
-        for (const int each : Ints(keys)) entries.emplace_back(K(each), each);
-        const TypeParam full(entries.begin(), entries.end());
-        const auto before = Contents(full);
-        auto after = before;
-        const typename decltype(after)::mapped_type value(99);
-        ApplyToModel<TypeParam>(after, op, key, value);
-        for (const bool shared : {false, true})
-            ForEveryAllocationFailure(
-                [&] { return shared ? full : TypeParam(entries.begin(), entries.end()); },
-                [&, o = op](TypeParam& c) { Apply(c, o, key, value); },
-                [&](const TypeParam& c, bool done) {
-                    const auto now = Contents(c);
-                    EXPECT_TRUE(now == (done ? after : before) ||
-                                (kIsTree<TypeParam> && now == after));
-                    EXPECT_EQ(Contents(full), before);
-                    ExpectSound(c);
-                });
-    }
 }
 
 TEST(KeyedOfInts, ArgumentsMayLieInTheContainer) {
@@ -366,15 +243,6 @@ TEST(IntTables, AlsoAWriteThatChangesNothingMakesThemPrivate) {
     const auto map = Counting<cow_IntMultiMapInt>(5);
     expect(map, [](auto& m) { return m.Remove(999); });
     expect(map, [](auto& m) { return m.InsertUnique(3, 30); });
-}
-
-TEST(IntTables, KeysMayHaveSeveralValues) {
-    cow_IntMultiMapInt map;
-    EXPECT_TRUE(map.Insert(7, 1) && map.Insert(7, 2) && map.Insert(7, 1));
-    cow_List<int> values;
-    EXPECT_TRUE(map.ConstGetValues(7, values));
-    EXPECT_EQ(values, cow_List<int>(1, 2, 1));
-    EXPECT_TRUE(map.Remove(7, 1) && map.IsMember(7, 2) && !map.IsMember(7, 1) && map.Size() == 1);
 }
 
 TEST(Btree, ComparesTheSecondKeyWithTheFirst) {

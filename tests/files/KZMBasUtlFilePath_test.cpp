@@ -3,7 +3,6 @@
 #include <files/KZMBasUtlFilePathCae.h>
 #include <files/KZMBasUtlUrlParser.h>
 #include <files/working_directory.h>
-#include <support/memory_failure.h>
 #include <unistd.h>
 
 #include <array>
@@ -123,17 +122,6 @@ TEST_F(FilePath, PortableAndNativeLeaveTheExtensionAndCopiesAlone) {
     EXPECT_EQ(path, moved);  // it stays as it is
     path.SetFilePath(path.AbsoluteDirectoryPath(), path.BaseName());
     EXPECT_EQ(path.AbsolutePathName(), "C:\\w\\a\\b");
-}
-
-TEST_F(FilePath, MemoryFailureKeepsTheFormerPath) {
-    const Path before("C:/x", "y.z");
-    ForEveryAllocationFailure(
-        [&] { return before; },
-        [](Path& path) { path.SetFilePath("sub/a", "long/enough/for/its/own/block.ext"); },
-        [&](const Path& path, bool done) {
-            EXPECT_EQ(path.Extension(), done ? ".ext" : before.Extension());
-            EXPECT_EQ(path == before, !done);
-        });
 }
 
 // Directory, file; then e(xists), d(irectory), (e)x(ecutable). Names are in the encoding of the C

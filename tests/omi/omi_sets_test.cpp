@@ -3,7 +3,6 @@
 #include <omi/omi_Set.h>
 #include <omi/omi_SparseSet.h>
 #include <support/memory_failure.h>
-#include <support/random.h>
 
 #include <algorithm>
 #include <bit>
@@ -48,122 +47,6 @@ Numbers Listed(const omi_BlkBitVect& set) {
 template <class Set>
 requires requires(const Set& set) { set.begin(); }
 Numbers Listed(const Set& set) { return Numbers(set.begin(), set.end()); }
-
-template <class Set>
-class Sets : public testing::Test {};
-using AllSets = testing::Types<omi_Set, omi_SparseSet, Bits>;
-TYPED_TEST_SUITE(Sets, AllSets);
-// Each set beside the std::set it must equal; they copy and combine each other at random.
-TYPED_TEST(Sets, EqualTheirModelsUnderRandomEdits) {
-    constexpr bool kBits = std::is_same_v<TypeParam, Bits>;
-    Random random(7);
-    TypeParam sets[3];
-    std::set<int> models[3];
-    for (int step = 0; step < 1500; ++step) {
-        const unsigned at = random.Below(3);
-        const unsigned from = random.Below(3);
-        TypeParam& set = sets[at];
-        std::set<int>& model = models[at];
-        // The ends of the range come late, since every walk over them is long.
-        const auto number = [&] {
-            const int edges[] = {0, 32, 8192, 1 << 20};
-            const int near = edges[random.Below(4)] + static_cast<int>(random.Below(48)) - 16;
-            const int any = step > 1400       ? static_cast<int>(random.Clustered())
-                            : random.OneIn(2) ? near
-                                              : -near;
-            return kBits ? any & 0xffffff : any;
-        };
-        // Which numbers stay: those of this set alone 1, of both 2, of the other alone 4.
-        const auto combined = [&](unsigned keep) {
-            const std::set<int>& other = models[from];
-            std::set<int> result = model;
-            result.insert(other.begin(), other.end());
-            std::erase_if(result, [&](int v) {
-                return !(keep >> (model.count(v) ? other.count(v) : 2) & 1);
-            });
-            return result;
-        };
-        const unsigned kind = random.Below(9);
-        if (kind == 0) set = TypeParam(sets[from]), model = combined(6);
-        if (kind == 1) set += sets[from], model = combined(7);
-        if (kind == 2) set -= sets[from], model = combined(1);
-        if (kind == 3) set &= sets[from], model = combined(2);
-        if (kind == 4) set ^= sets[from], model = combined(5);
-        if (kind == 5 && random.OneIn(8)) set.Clear(), model.clear();
-        for (int i = 0; kind > 5 && i < 12; ++i) {
-            const int v = number();
-            if (random.Below(3))
-                set.Insert(v), model.insert(v);
-            else
-                set.Remove(v), model.erase(v);
-            const int query = i < 6 ? v : number();
-            ASSERT_EQ(set.IsMember(query), model.count(query) != 0);
-        }
-        if (random.Below(4)) continue;
-        Numbers expected(model.begin(), model.end());
-        std::reverse(expected.begin(),
-                     std::find_if(expected.begin(), expected.end(), [](int v) { return v >= 0; }));
-        ASSERT_EQ(static_cast<std::size_t>(set.Size()), model.size());
-        ASSERT_EQ(Listed(set), expected);
-        ASSERT_EQ(set == sets[from], model == models[from]);
-        if constexpr (!kBits) {
-            KZMBasVector<int> out(3, 77);
-            set.Members(out);
-            ASSERT_EQ(Numbers(out.begin(), out.end()), expected);
-            ASSERT_EQ(set, TypeParam(expected.data(), static_cast<int>(expected.size())));
-            ASSERT_EQ(set.IsEmpty(), expected.empty());
-        } else {
-            ASSERT_EQ(set.Contains(sets[from]), combined(4).empty());
-            ASSERT_EQ(set.HasOverlap(sets[from]), !combined(2).empty());
-            const unsigned low = random.Clustered() & 0xffffff;
-            const auto above = model.lower_bound(static_cast<int>(low));
-            unsigned i = low;
-            omi_BlkBitVectTrav walk(&set);
-            ASSERT_EQ(walk.SetCurrent(i, true), above != model.end());
-            ASSERT_TRUE(above == model.end() || static_cast<int>(i) == *above);
-            const auto below = model.upper_bound(static_cast<int>(i = low));
-            ASSERT_EQ(walk.SetCurrent(i, false), below != model.begin());
-            ASSERT_TRUE(below == model.begin() || static_cast<int>(i) == *std::prev(below));
-            const unsigned high = low + random.Below(300);
-            set.SetFromTo(low, high);
-            for (unsigned bit = low; bit <= high; ++bit) model.insert(static_cast<int>(bit));
-        }
-    }
-}
-
-TYPED_TEST(Sets, AWriteThatRunsOutOfMemoryChangesNothing) {
-    using Model = std::set<int>;
-    const auto listed = [](const TypeParam& set) {
-        const Numbers numbers = Listed(set);
-        EXPECT_EQ(numbers.size(), static_cast<std::size_t>(set.Size()));
-        return Model(numbers.begin(), numbers.end());
-    };
-    const Model before = {-3, 3, 8192};
-    const Numbers numbers = {-3, -70000, 3, 1 << 22};
-    const TypeParam other(numbers.begin(), numbers.end());
-    std::vector<std::pair<std::function<void(TypeParam&)>, Model>> cases = {
-        {[](TypeParam& set) { set.Insert(5000000); }, {-3, 3, 8192, 5000000}},
-        {[](TypeParam& set) { set.Insert(INT_MIN); }, {-3, INT_MIN, 3, 8192}},
-        {[&](TypeParam& set) { set += other; }, {-3, -70000, 3, 8192, 1 << 22}},
-        {[&](TypeParam& set) { set -= other; }, {8192}},
-        {[&](TypeParam& set) { set &= other; }, {-3, 3}},
-        {[&](TypeParam& set) { set ^= other; }, {-70000, 8192, 1 << 22}},
-        {[&](TypeParam& set) { set = other; }, {-3, -70000, 3, 1 << 22}},
-        {[&](TypeParam& set) { set.IsMember(3); }, before}};
-    if constexpr (requires(TypeParam & set) { set.Insert(&numbers[0], 4); })
-        cases.emplace_back([&](TypeParam& set) { set.Insert(&numbers[0], 4); }, cases[2].second);
-    if constexpr (requires(TypeParam & set) { set.SetFromTo(0, 1); })
-        cases.emplace_back([](TypeParam& set) { set.SetFromTo(16383, 16384); },
-                           Model{-3, 3, 8192, 16383, 16384});
-    for (const auto& [operation, after] : cases) {
-        SCOPED_TRACE(testing::PrintToString(after));
-        ForEveryAllocationFailure([&] { return TypeParam(before.rbegin(), before.rend()); },
-                                  operation,
-                                  [&, &after = after](const TypeParam& set, bool done) {
-                                      EXPECT_EQ(listed(set), done ? after : before);
-                                  });
-    }
-}
 
 TEST(Sets, PrintEightMembersALine) {
     Numbers values(9);

@@ -1,8 +1,6 @@
 #include <cow/cow_String.h>
 #include <gtest/gtest.h>
 #include <omi/omi_IntTableIterator.h>
-#include <support/memory_failure.h>
-#include <support/random.h>
 
 #include <algorithm>
 #include <cctype>
@@ -48,30 +46,6 @@ TEST(BlockedArray, AssignmentKeepsBlocksOfEqualShapeAndTakesAnotherShape) {
     EXPECT_EQ(a.Footprint(), sizeof a + 128 * sizeof(void*) + 16 * sizeof(int));
 }
 
-TEST(BlockedArray, CopiesStayIndependentUnderRandomEdits) {
-    Random random(1);
-    using Array = omi_BlockedArray<cow_String>;
-    Array arrays[] = {Array(0, 10), Array(4, 10), Array(4, 12)};
-    std::map<unsigned, int> models[3];
-    for (int step = 0; step < 8000; ++step) {
-        const unsigned at = random.Below(3), from = random.Below(3);
-        if (random.OneIn(64)) {
-            arrays[at] = random.OneIn(2) ? arrays[from] : Array(arrays[from]);
-            models[at] = models[from];
-        }
-        const unsigned index = random.Clustered() % (1u << 24);
-        arrays[at].SetCell(index, step);
-        models[at][index] = step;
-        for (const unsigned probe : {index, random.Clustered() % (1u << 24)}) {
-            const auto found = models[from].find(probe);
-            const cow_String* const cell = arrays[from].GetCell(probe);
-            const cow_String expected =
-                found == models[from].end() ? cow_String() : cow_String(found->second);
-            ASSERT_EQ(cell ? *cell : cow_String(), expected);
-        }
-    }
-}
-
 TEST(BlockedArray, DumpShowsBytesWidenedWithTheirSign) {
     Cells array(2, 2), eight(4, 3);
     array.SetCell(5, -1);
@@ -85,20 +59,6 @@ TEST(BlockedArray, DumpShowsBytesWidenedWithTheirSign) {
               "00000000|ffffffffffffffffffffffffffffffff|ffffff80000000|00000000|\n"
               "Block indices= 8 - 15\n"
               "01020304|00000000|00000000|00000000|00000000|00000000|00000000|00000000\n\n");
-}
-
-TEST(BlockedArray, AssignmentsThatFailLeaveTheCells) {
-    const auto made = [](unsigned shift, int value) {
-        Cells cells(2, shift);
-        for (const unsigned i : {1u, 1000u}) cells.SetCell(i, value);
-        return cells;
-    };
-    for (const unsigned shift : {3u, 4u})
-        ForEveryAllocationFailure(
-            [&] { return made(3, 1); }, [&](Cells& cells) { cells = made(shift, 7); },
-            [](const Cells& cells, bool done) {
-                EXPECT_EQ(*cells.GetCell(1) + *cells.GetCell(1000), done ? 14 : 2);
-            });
 }
 
 using Policy = KZMBasOmiDefaultAllocator;
@@ -155,16 +115,6 @@ TEST(UintTable, LayoutsStartAsTheirConstructorsSayAndKeepNoEmptyBlock) {
     }
 }
 
-// A text keeps its address when it is copied.
-TEST(UintTable, AValueOfTheTableMayBeInserted) {
-    const char* const text = "a text that is longer than any small buffer";
-    omi_UintTable<cow_String, Policy> table;
-    table.Insert(1, text);
-    table.Insert(0xffffffffu, table.ConstGet(1));
-    table.Insert(1, table.ConstGet(1));
-    EXPECT_EQ(table.ConstGet(1).CStr(), table.ConstGet(0xffffffffu).CStr());
-}
-
 template <class K>
 int AscendingValues(const void* a, const void* b) {
     const auto& x = **static_cast<const omi_TableRecord<K, int>* const*>(a);
@@ -215,67 +165,6 @@ TEST(TableIterators, TurnRoundStartAgainAndGoToTheEdgeOfTheNextBlock) {
     const Uint table(4, blocks, keys);
     EXPECT_EQ(Walk(table, "F++--++++F++F-"), "01210123.0120.");
     EXPECT_EQ(Walk(table, "nnppppnnnp"), "021...02.3");
-}
-
-// Each table beside the map it must equal; they copy each other at random.
-TYPED_TEST(Tables, EqualTheirModelsUnderRandomEdits) {
-    Random random(3);
-    const auto made = [](auto... bits) { return std::make_unique<TypeParam>(bits...); };
-    using Model = std::map<Key<TypeParam>, int>;
-    std::unique_ptr<TypeParam> tables[] = {made(), made(12u, 10u, 1u), made(16u, 8u, 0u)};
-    Model models[3];
-    for (int step = 0; step < 6000; ++step) {
-        const unsigned at = random.Below(3);
-        const unsigned from = random.Below(3);
-        Model& model = models[at];
-        if (random.OneIn(100)) tables[at].reset(tables[from]->Copy()), model = models[from];
-        TypeParam& table = *tables[at];
-        if (random.OneIn(500)) table.Clear(), model.clear();
-        const Key<TypeParam> key = static_cast<Key<TypeParam>>(random.Clustered());
-        int value = 77;
-        ASSERT_EQ(table.ConstGetValue(key, value), model.count(key) != 0);
-        ASSERT_EQ(value, model.count(key) ? model[key] : 77);
-        if (random.Below(3)) {
-            ASSERT_EQ(table.Insert(key, step), model.count(key) == 0);
-            model[key] = step;
-        } else {
-            ASSERT_EQ(table.Remove(key), model.erase(key) != 0);
-        }
-        ASSERT_EQ(table.IsMember(key), model.count(key) != 0);
-        ASSERT_EQ(table.Size(), static_cast<int>(model.size()));
-        if (step % 32) continue;
-        ASSERT_EQ(Listed(table), Pairs<TypeParam>(model.begin(), model.end()));
-        ASSERT_EQ(table == *tables[from], model == models[from]);
-    }
-}
-
-TYPED_TEST(Tables, WhatRunsOutOfMemoryLeavesTheMembersOrCompletes) {
-    const auto prepare = [] {
-        const Pairs<TypeParam> pairs = {{static_cast<Key<TypeParam>>(-7), 1}, {1 << 20, 2}};
-        return std::make_unique<TypeParam>(pairs.begin(), pairs.end());
-    };
-    std::vector<std::function<void(TypeParam&)>> uses = {
-        [](TypeParam& table) { delete table.Copy(); },
-        [](TypeParam& table) { Listed(table, AscendingValues<Key<TypeParam>>); },
-        [](TypeParam&) {
-            const Key<TypeParam> keys[] = {5, static_cast<Key<TypeParam>>(-5)};
-            const int values[] = {1, 2};
-            TypeParam(2, keys, values);
-        }};
-    for (const int key : {-7, -8, 3000, INT_MIN, INT_MAX})
-        uses.emplace_back(
-            [=](TypeParam& table) { table.Insert(static_cast<Key<TypeParam>>(key), 5); });
-    const Pairs<TypeParam> before = Listed(*prepare());
-    for (const auto& use : uses) {
-        const auto after = prepare();
-        use(*after);
-        ForEveryAllocationFailure(
-            prepare, [&](auto& table) { use(*table); },
-            [&](const auto& table, bool done) {
-                EXPECT_EQ(table->Size(), done ? after->Size() : 2);
-                EXPECT_EQ(Listed(*table), done ? Listed(*after) : before);
-            });
-    }
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ public:
         return *this;
     }
     ~Boxed() { mem_Free(m_value); }
+    int Code() const { return *m_value; }
     auto operator<=>(const Boxed& other) const { return *m_value <=> *other.m_value; }
     bool operator==(const Boxed& other) const { return *m_value == *other.m_value; }
 

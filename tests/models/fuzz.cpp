@@ -1,0 +1,30 @@
+// A model under libFuzzer: fuzz_models --model=NAME [options of libFuzzer]. With --list it tells
+// the names. The first byte of an input says whether memory is refused, the others are the program.
+#include <models/model.h>
+
+#include <cstdlib>
+
+namespace {
+constinit std::uint64_t (*g_run)(models::Program, bool) = nullptr;
+}
+
+extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
+    const std::string asked = *argc > 1 ? (*argv)[1] : "";
+    for (const models::Model& model : models::All()) {
+        if (asked == "--list") std::puts(model.name);
+        if (asked == std::string("--model=") + model.name) g_run = model.run;
+    }
+    if (g_run) return 0;
+    std::exit(asked == "--list" ? 0 : 2);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
+    if (size == 0) return 0;
+    try {
+        g_run({data + 1, size - 1}, *data % 4 == 0);
+    } catch (const models::Difference& difference) {
+        std::fprintf(stderr, "%s\n", difference.what());
+        std::abort();
+    }
+    return 0;
+}
