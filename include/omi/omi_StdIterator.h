@@ -1,4 +1,6 @@
 #pragma once
+#include <compare>
+#include <concepts>
 #include <cstddef>
 #include <iterator>
 #include <memory>
@@ -8,7 +10,8 @@
 
 // What the iterators of keyed containers refer to: a key with a reference to its value, which can
 // be taken apart, compared with a std::pair<K, V> and made one. No pair converts to it, so its
-// common type with a std::pair<K, V> is that pair, which C++20 algorithms ask for.
+// common type with a std::pair<K, V> is that pair, which C++20 algorithms ask for. Items are
+// ordered by key, then by value where values are.
 template <class K, class V>
 struct omi_PairItem : std::pair<K, const V&> {
     omi_PairItem(const K& key, const V& value) : std::pair<K, const V&>(key, value) {}
@@ -18,6 +21,23 @@ struct omi_PairItem : std::pair<K, const V&> {
     }
     friend bool operator==(const omi_PairItem& a, const std::pair<K, V>& b) {
         return a.first == b.first && a.second == b.second;
+    }
+    friend std::weak_ordering operator<=>(const omi_PairItem& a,
+                                          const omi_PairItem& b) requires std::totally_ordered<V> {
+        return Order(a, b.first, b.second);
+    }
+    friend std::weak_ordering operator<=>(
+        const omi_PairItem& a, const std::pair<K, V>& b) requires std::totally_ordered<V> {
+        return Order(a, b.first, b.second);
+    }
+
+private:
+    static std::weak_ordering Order(const omi_PairItem& a, const K& key, const V& value) {
+        if (a.first < key) return std::weak_ordering::less;
+        if (key < a.first) return std::weak_ordering::greater;
+        if (a.second < value) return std::weak_ordering::less;
+        if (value < a.second) return std::weak_ordering::greater;
+        return std::weak_ordering::equivalent;
     }
 };
 

@@ -36,6 +36,10 @@ TEST(Iteration, KeyedContainersAreMadeFromEachOtherAndServeAlgorithms) {
     std::ranges::copy(back, std::back_inserter(copied));
     EXPECT_EQ(copied, pairs);
     EXPECT_EQ(std::ranges::max(table | std::views::values), 3);
+    copied.clear();
+    std::ranges::set_difference(table, std::vector<std::pair<int, int>>{{-4, 2}, {0, 2}},
+                                std::back_inserter(copied));
+    EXPECT_EQ(copied, (std::vector<std::pair<int, int>>{{-4, 1}, {9, 3}}));
 }
 
 TEST(Iteration, AnIteratorOverNothingIsAlwaysDone) {
