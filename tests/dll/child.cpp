@@ -1,10 +1,12 @@
+#include <process/KZMBasOmniProcessInfo.h>
 #include <process/omn_FPESetting.h>
 
 #include <cstdio>
 #include <cstdlib>
 
 int main() {
+    KZMBasOmniProcessInfo::Initialize();
     const char* const value = std::getenv("KVL_IGNORE_FPE");
-    std::fputs(value ? value : "unset", stdout);
-    std::fputs(omn_currentFPEState().ignored ? " ignored" : " obeyed", stdout);
+    std::printf("%d %s %s\n", KZMBasOmniProcessInfo::Rank(), value ? value : "unset",
+                omn_currentFPEState().ignored ? "ignored" : "obeyed");
 }

@@ -44,8 +44,8 @@ TEST(Loader, UnloadingUnderAnArmedListenerIsSafe) {
 }
 
 TEST(Loader, AProgramThatLinksTheLibraryFindsItStarted) {
-    const char* const cases[][3] = {{"1", KZM_CHILD_PATH, "0 ignored"},
-                                    {"yes", KZM_CHILD_PATH, "yes obeyed"},
+    const char* const cases[][3] = {{"1", KZM_CHILD_PATH, "0 0 ignored\n"},
+                                    {"yes", KZM_CHILD_PATH, "0 yes obeyed\n"},
                                     {"1", KZM_C_CLIENT_PATH, "0 running"}};
     for (const auto& [value, program, output] : cases) {
         module::SetVariable(kName, value);

@@ -1,9 +1,0 @@
-#include <process/KZMBasOmniProcessInfo.h>
-
-#include <cstdio>
-
-int main() {
-    KZMBasOmniProcessInfo::Initialize();
-    std::printf("%d\n", KZMBasOmniProcessInfo::Rank());
-    return KZMBasOmniProcessInfo::Rank() < 0;
-}
