@@ -26,30 +26,31 @@ struct Source : KZMBasAllocator {
     double places[64];
 };
 
-// The four counts of bytes and the lines of the report behind its head.
+// The four counts of bytes and the report.
 std::string StateOf(const KZMBasSrmDCAllocator& arrays) {
-    static const std::string kHead =
-        "REGISTERED MEMORY REPORT\n------------------------\n     Index    Length      Size" +
-        std::string(46, ' ') + "Name\n     -----    ------      ----" + std::string(46, ' ') +
-        "----\n";
-    std::string text;
-    aio_ostream os(text);
-    arrays.dumpVariables(os);
-    EXPECT_EQ(os.flush_count(), 3u);
-    EXPECT_EQ(text.substr(0, kHead.size()), kHead);
-    std::string state;
+    std::string state, report;
     for (const std::uint32_t bytes : {arrays.registeredBytes(), arrays.freedVariableBytes(),
                                       arrays.tempBytesAllocated(), arrays.tempBytesFreed()})
         state += std::to_string(bytes) + " ";
-    return state + text.substr(std::min(text.size(), kHead.size()));
+    aio_ostream os(report);
+    arrays.dumpVariables(os);
+    EXPECT_EQ(os.flush_count(), 3u);
+    return state + report;
 }
 const std::string k44(44, ' ');
+const std::string kHead =
+    "REGISTERED MEMORY REPORT\n------------------------\n     Index    Length      Size  " + k44 +
+    "Name\n     -----    ------      ----  " + k44 + "----\n";
 
-TEST(WorkArrays, NumbersCountUpAreNeverUsedAgainAndAreListed) {
+struct Subject {
     Source source;
-    KZMBasSrmDCAllocator arrays(source);
+    KZMBasSrmDCAllocator arrays{source};
+};
+
+class WorkArrays : public testing::Test, protected Subject {};
+
+TEST_F(WorkArrays, NumbersCountUpAreNeverUsedAgainAndAreListed) {
     EXPECT_EQ(arrays.registerVariable(3, 8, "abc"), 0);
-    EXPECT_EQ(StateOf(arrays), "24 0 0 0          0         3         8" + k44 + "   abc\n\n");
     EXPECT_EQ(arrays.registerVariable(2, 4, "abc"), 1);
     EXPECT_EQ(arrays.registerVariable(1, 4, nullptr), 2);
     EXPECT_EQ(arrays.findVariable("abc"), 0);
@@ -61,32 +62,28 @@ TEST(WorkArrays, NumbersCountUpAreNeverUsedAgainAndAreListed) {
     EXPECT_EQ(source.freed, std::vector<void*>{&source.places[1]});
     EXPECT_EQ(arrays.findVariable("abc"), 1);
     EXPECT_EQ(arrays.findVariable("ab"), -1);
-    const std::string longName(60, 'n');
-    EXPECT_EQ(arrays.registerVariable(4000000000u, 0, longName.c_str()), 3);
-    EXPECT_EQ(StateOf(arrays), "36 24 0 0          1         2         4" + k44 +
+    const std::string name(60, 'n');
+    EXPECT_EQ(arrays.registerVariable(4000000000u, 0, name.c_str()), 3);
+    EXPECT_EQ(StateOf(arrays), "36 24 0 0 " + kHead + "         1         2         4" + k44 +
                                    "   abc\n         2         1         4" + k44 +
-                                   "      \n         34000000000         0" + longName + "\n\n");
+                                   "      \n         34000000000         0" + name + "\n\n");
     arrays.freeAllVariables();
     EXPECT_EQ(source.freed.size(), 4u);
-    EXPECT_EQ(StateOf(arrays), "36 36 0 0 \n");
+    EXPECT_EQ(StateOf(arrays), "36 36 0 0 " + kHead + "\n");
     EXPECT_EQ(arrays.registerVariable(1, 1, "x"), 4);
 }
 
-TEST(WorkArrays, ANumberWithoutAVariableIsAnEmptyEntryOnceAskedFor) {
-    Source source;
-    KZMBasSrmDCAllocator arrays(source);
+TEST_F(WorkArrays, ANumberWithoutAVariableIsAnEmptyEntryOnceAskedFor) {
     for (const int asked : {7, 0}) EXPECT_EQ(arrays.getVariable(asked), nullptr);
     EXPECT_EQ(arrays.registerVariable(1, 8, "matrix"), 0);  // in place of the empty entry
-    EXPECT_EQ(StateOf(arrays), "8 0 0 0          0         1         8" + k44 +
+    EXPECT_EQ(StateOf(arrays), "8 0 0 0 " + kHead + "         0         1         8" + k44 +
                                    "matrix\n         7         0         0" + k44 + "      \n\n");
     for (int unknown : {9, 7}) arrays.freeVariable(unknown);
     EXPECT_EQ(source.freed, (std::vector<void*>{nullptr, nullptr}));
     EXPECT_EQ(arrays.findVariable(""), -1);
 }
 
-TEST(WorkArrays, ProductsAndSumsOfBytesWrapAt32Bits) {
-    Source source;
-    KZMBasSrmDCAllocator arrays(source);
+TEST_F(WorkArrays, ProductsAndSumsOfBytesWrapAt32Bits) {
     arrays.registerVariable(0x10000, 0x10000, "a");
     arrays.registerVariable(2, -1, "b");
     arrays.freeTempData(arrays.allocTempDouble(0x20000000));
@@ -95,48 +92,40 @@ TEST(WorkArrays, ProductsAndSumsOfBytesWrapAt32Bits) {
     arrays.freeAllVariables();
     for (int times = 0; times < 2; ++times) arrays.freeTempData(ints);  // not known any more
     EXPECT_EQ(source.freed.size(), 5u);
-    EXPECT_EQ(StateOf(arrays), "4294967294 4294967294 4294967292 4294967292 \n");
+    EXPECT_EQ(StateOf(arrays), "4294967294 4294967294 4294967292 4294967292 " + kHead + "\n");
 }
 
-TEST(WorkArrays, AsAGeneralAllocatorTheyServeTemporaryBlocksAlsoOfADerivedClass) {
+TEST_F(WorkArrays, AsAGeneralAllocatorTheyServeTemporaryBlocksAlsoOfADerivedClass) {
     struct Derived : KZMBasSrmDCAllocator {
         using KZMBasSrmDCAllocator::KZMBasSrmDCAllocator;
         void* allocTempData(int n) override { return KZMBasSrmDCAllocator::allocTempData(n + 100); }
     };
-    Source source;
-    Derived arrays(source);
-    KZMBasAllocator& general = arrays;
+    Derived derived(source);
+    KZMBasAllocator& general = derived;
     unsigned granted = 77;
     general.Free(general.Alloc(1));
     general.deallocate(general.Alloc(2, granted), 2);
     general.allocate(granted - 74, nullptr);  // unchanged
-    EXPECT_EQ(StateOf(arrays), "0 0 306 203 \n");
+    EXPECT_EQ(StateOf(derived), "0 0 306 203 " + kHead + "\n");
     EXPECT_EQ(&general.LargeBlockAllocator(source), &source);
 }
 
-TEST(WorkArrays, WithoutMemoryNothingChangesAndNoBlockIsKept) {
-    struct Subject {
-        Source source;
-        KZMBasSrmDCAllocator arrays{source};
-    } none;
-    none.source.refuse = true;
-    EXPECT_EQ(none.arrays.registerVariable(1, 8, "a"), -1);
-    EXPECT_EQ(none.arrays.allocTempInt(1), nullptr);
-    EXPECT_EQ(StateOf(none.arrays), "0 0 0 0 \n");
-    EXPECT_TRUE(none.source.freed.empty());
-    ForEveryAllocationFailure(
-        [] { return Subject(); },
-        [](Subject& subject) {
-            subject.arrays.registerVariable(1, 8, "matrix");
-            subject.arrays.allocTempData(8);
-        },
-        [](Subject& subject, bool succeeded) {
-            const KZMBasSrmDCAllocator& arrays = subject.arrays;
-            EXPECT_EQ(subject.source.asked.size() * 8 - subject.source.freed.size() * 8,
-                      arrays.registeredBytes() + arrays.tempBytesAllocated());
-            EXPECT_EQ(arrays.findVariable("matrix"), arrays.registeredBytes() ? 0 : -1);
-            EXPECT_EQ(arrays.tempBytesAllocated(), succeeded ? 8u : 0u);
-        });
+TEST_F(WorkArrays, WithoutMemoryNothingChangesAndNoBlockIsKept) {
+    for (const bool refuse : {true, false})
+        ForEveryAllocationFailure(
+            [] { return Subject(); },
+            [=](Subject& subject) {
+                subject.source.refuse = refuse;
+                subject.arrays.registerVariable(1, 8, "matrix");
+                subject.arrays.allocTempData(8);
+            },
+            [=](const Subject& subject, bool succeeded) {
+                const auto& [used, kept] = subject;
+                EXPECT_EQ(refuse ? 0 : used.asked.size() * 8 - used.freed.size() * 8,
+                          kept.registeredBytes() + kept.tempBytesAllocated());
+                EXPECT_EQ(kept.findVariable("matrix"), kept.registeredBytes() ? 0 : -1);
+                EXPECT_EQ(kept.tempBytesAllocated(), succeeded && !refuse ? 8u : 0u);
+            });
 }
 
 }  // namespace
