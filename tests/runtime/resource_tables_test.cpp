@@ -7,32 +7,28 @@
 #include <memory>
 #include <new>
 #include <string>
-#include <tuple>
 
 namespace {
 
 using Tables = srm_ResourceConstData;
-using Print = void (Tables::*)(std::FILE*, int) const;
 
 std::string TextOf(const std::string& file) {
     std::ifstream stream(file);
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
-// The text, and whether printing it flushes what waits in another stream.
-std::pair<std::string, bool> Printed(const Tables& tables, Print print) {
-    const std::string names[] = {testing::TempDir() + "tables.txt",
-                                 testing::TempDir() + "other.txt"};
-    std::FILE* const file = std::fopen(names[0].c_str(), "w");
-    std::FILE* const other = std::fopen(names[1].c_str(), "w");
-    std::fputs("waiting", other);
+// The text, and behind it what waited in another stream, where that was flushed.
+std::string Printed(const Tables& tables, void (Tables::*print)(std::FILE*, int) const) {
+    const std::string name = testing::TempDir() + "tables.txt", other = name + "2";
+    std::FILE* const file = std::fopen(name.c_str(), "w");
+    std::FILE* const waiting = std::fopen(other.c_str(), "w");
+    std::fputs("flushed", waiting);
     (tables.*print)(file, 0);
-    const bool flushed = TextOf(names[1]) == "waiting";
-    std::fclose(file);
-    std::fclose(other);
-    const std::string text = TextOf(names[0]);
-    for (const std::string& name : names) std::remove(name.c_str());
-    return {text, flushed};
+    const std::string flushed = TextOf(other);
+    for (std::FILE* const each : {file, waiting}) std::fclose(each);
+    const std::string text = TextOf(name);
+    for (const std::string& each : {name, other}) std::remove(each.c_str());
+    return text + flushed;
 }
 
 std::string Numbered(std::string text, int n, const std::string& rest) {
@@ -47,14 +43,13 @@ TEST(ResourceTables, AFreshRecordIsEmptyButForTheManagersData) {
     const Tables& tables = *::new (memory.get()) Tables;
     for (const std::int32_t value : tables.m_resourceData) EXPECT_EQ(value, -0x55555556);
     EXPECT_EQ(tables.m_reserved, 0);
-    const std::tuple<Print, std::string, bool> cases[] = {
-        {&Tables::PrintPhases, Numbered("Phases:\n", 22, " "), true},
-        {&Tables::PrintProcedures, Numbered("Procedures:\n", 6, " "), true},
-        {&Tables::PrintPriorities, Numbered("Priorities:\n", 6, " "), true},
-        {&Tables::PrintResources, Numbered("Resources:\n", 65, std::string(23, ' ') + "   0   0"),
-         false}};
-    for (const auto& [print, text, flushes] : cases)
-        EXPECT_EQ(Printed(tables, print), (std::pair(text, flushes)));
+    EXPECT_EQ(Printed(tables, &Tables::PrintPhases), Numbered("Phases:\n", 22, " ") + "flushed");
+    EXPECT_EQ(Printed(tables, &Tables::PrintProcedures),
+              Numbered("Procedures:\n", 6, " ") + "flushed");
+    EXPECT_EQ(Printed(tables, &Tables::PrintPriorities),
+              Numbered("Priorities:\n", 6, " ") + "flushed");
+    EXPECT_EQ(Printed(tables, &Tables::PrintResources),
+              Numbered("Resources:\n", 65, std::string(23, ' ') + "   0   0"));
 }
 
 TEST(ResourceTables, PrintWhatTheManagerFilledIn) {
@@ -65,26 +60,21 @@ TEST(ResourceTables, PrintWhatTheManagerFilledIn) {
     EXPECT_EQ(tables->PurgeId(static_cast<srm_ResourceEnums>(3)), 107);
     EXPECT_EQ(tables->PurgeId(srm_LastResource), -0x7FFFFFFF - 1 + 99);
     std::strcpy(tables->m_resourceNames[3], "X");
-    EXPECT_EQ(Printed(*tables, &Tables::PrintResources).first.substr(11 + 3 * 36, 36),
+    EXPECT_EQ(Printed(*tables, &Tables::PrintResources).substr(11 + 3 * 36, 36),
               "  3) X" + std::string(21, ' ') + "   7 107\n");
 
     std::strcpy(tables->m_procedureNames[0], "P");
     std::strcpy(tables->m_phaseNames[2], "Q");
     std::strcpy(tables->m_resourceNames[64], "100%d");  // a name is no format
-    for (int id = 0; id < 45; ++id) {
-        tables->m_resourceOfPurgeId[id] = id == 4 ? 64 : 3;
-        tables->m_purgeables[0][2][1] = 4;
-        tables->m_purgeables[5][21][1 + id] = id;
-    }
-    tables->m_purgeables[0][2][0] = 1;
-    tables->m_purgeables[5][21][0] = 45;
-    std::string expected =
-        "Priorities:\n  0) P\n     phase 2 Q: 1 purgeables:\n               4 100%d\n\n"
-        "  1) \n  2) \n  3) \n  4) \n  5) \n     phase 21 : 45 purgeables:\n";
-    for (int id = 0; id < 45; ++id)
-        expected += (id < 10 ? "               " : "              ") + std::to_string(id) +
-                    (id == 4 ? " 100%d\n" : " X\n");
-    EXPECT_EQ(Printed(*tables, &Tables::PrintPriorities).first, expected + "\n");
+    tables->m_resourceOfPurgeId[4] = 64;
+    tables->m_resourceOfPurgeId[44] = 3;
+    const std::int32_t lists[2][3] = {{1, 4, 9}, {2, 44, 4}};
+    std::memcpy(tables->m_purgeables[0][2], lists[0], sizeof lists[0]);
+    std::memcpy(tables->m_purgeables[5][21], lists[1], sizeof lists[1]);
+    EXPECT_EQ(Printed(*tables, &Tables::PrintPriorities),
+              "Priorities:\n  0) P\n     phase 2 Q: 1 purgeables:\n               4 100%d\n\n"
+              "  1) \n  2) \n  3) \n  4) \n  5) \n     phase 21 : 2 purgeables:\n"
+              "              44 X\n               4 100%d\n\nflushed");
 }
 
 }  // namespace
