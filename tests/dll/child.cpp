@@ -6,7 +6,6 @@
 
 int main() {
     KZMBasOmniProcessInfo::Initialize();
-    const char* const value = std::getenv("KVL_IGNORE_FPE");
-    std::printf("%d %s %s\n", KZMBasOmniProcessInfo::Rank(), value ? value : "unset",
+    std::printf("%d %s %s\n", KZMBasOmniProcessInfo::Rank(), std::getenv("KVL_IGNORE_FPE"),
                 omn_currentFPEState().ignored ? "ignored" : "obeyed");
 }

@@ -14,7 +14,7 @@ void* Find(void* handle, const char* name);
 FILE* Start(const char* program);
 int End(FILE* pipe);
 
-// A null value removes the name; programs started later inherit it.
+// Programs started later inherit it.
 void SetVariable(const char* name, const char* value);
 
 }  // namespace module

@@ -17,6 +17,4 @@ bool module::IsLoaded(const char* path) {
 FILE* module::Start(const char* program) { return popen(program, "r"); }
 int module::End(FILE* pipe) { return pclose(pipe); }
 
-void module::SetVariable(const char* name, const char* value) {
-    value ? setenv(name, value, 1) : unsetenv(name);
-}
+void module::SetVariable(const char* name, const char* value) { setenv(name, value, 1); }

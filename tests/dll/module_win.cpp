@@ -20,5 +20,5 @@ FILE* module::Start(const char* program) {  // beside this one, whatever the wor
 int module::End(FILE* pipe) { return _pclose(pipe); }
 
 void module::SetVariable(const char* name, const char* value) {
-    _putenv((std::string(name) + "=" + (value ? value : "")).c_str());
+    _putenv((std::string(name) + "=" + value).c_str());
 }

@@ -94,28 +94,24 @@ TEST(MemoryInfo, RecordsAreCountedByNameAndTrackingGoesOnWithItsAllocator) {
     pool.ResetFigures();
 }
 
-template <class Operators>
-void ExpectProductHeap() {
-    struct Item : Operators {
-        virtual ~Item() = default;
-        int value = 3;
-    };
-    host_heap::Watch();
-    auto* const item = new Item;
-    EXPECT_EQ(host_heap::g_probe.live, 1);
-    delete item;
-    EXPECT_EQ(host_heap::g_probe.live, 0);
-    alignas(Item) unsigned char place[sizeof(Item)];
-    (new (place) Item)->~Item();
-    host_heap::g_probe.untilFailure = 1;
-    EXPECT_THROW(new Item, std::bad_alloc);
-    EXPECT_EQ(host_heap::g_probe.requests, 2);
-    host_heap::Unwatch();
-}
-
 TEST(AllocationOperators, NewAndDeleteUseTheProductHeap) {
-    ExpectProductHeap<mem_AllocationOperators>();
-    ExpectProductHeap<mem_AllocationOperatorsTiny>();
+    const auto check = [](auto operators) {
+        struct Item : decltype(operators) {
+            virtual ~Item() = default;
+            int value = 3;
+        };
+        alignas(Item) unsigned char place[sizeof(Item)];
+        host_heap::Watch();
+        (new (place) Item)->~Item();
+        delete new Item;
+        EXPECT_EQ(host_heap::g_probe.requests, 1);
+        EXPECT_EQ(host_heap::g_probe.live, 0);
+        host_heap::g_probe.untilFailure = 1;
+        EXPECT_THROW(new Item, std::bad_alloc);
+        host_heap::Unwatch();
+    };
+    check(mem_AllocationOperators());
+    check(mem_AllocationOperatorsTiny());
 }
 
 // Hands out addresses whatever the size and writes down what it is asked for.
