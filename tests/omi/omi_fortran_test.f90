@@ -3,7 +3,6 @@ program omi_fortran_test
     use, intrinsic :: iso_c_binding
     use omi_fortran
     implicit none
-    character(8) :: title = "AB"
     character(4) :: names(2) = ["ABCD", "EF  "]
     character(6) :: filled = "######"
     character(kind=c_char), target :: out(80)
@@ -11,15 +10,14 @@ program omi_fortran_test
 
     call omi_fortranFileNameConvert(out, 5, "ABCDEFG", 7)
     call expect(c_loc(out), "ABCD  ")
-    call omi_fortranStringConvert(out, title, len(title))
-    call expect(c_loc(out), "AB    ")
+    call omi_fortranStringConvert(out, names, 7)
+    call expect(c_loc(out), "ABCDEF")
     list = omi_fortranStringListConvert(2, names, len(names))
     call expect(element(2), "EF    ")
     call omi_fortranStringListFree(2, list)
     list = omi_fortranStringVarListConvert(2, 3, names, len(names))
     call expect(element(1), "AB    ")
     call omi_fortranStringListFree(2, list)
-    call expect(c_null_ptr, "      ")
 
 contains
 
