@@ -5,12 +5,22 @@
 #include <errors/KZMBasUtlSystemError.h>
 #include <errors/KZMBasUtlWriteError.h>
 #include <fcntl.h>
+#include <files/KZMBasUtlDirPathUtils.h>
+#include <files/KZMBasUtlFilePath.h>
+#include <process/KZMBasOmniProcessInfo.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <cstdint>
 #include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <string_view>
 
 namespace heat {
+namespace fs = std::filesystem;
 namespace {
 
 constexpr char kSource[] = "files.cpp";
@@ -76,16 +86,49 @@ void WriteFile(const cow_String& path, const std::string& contents) {
     file.Close();
 }
 
-void MakeAppendable(const cow_String& path) {
-    Descriptor(path, O_WRONLY | O_CREAT | O_APPEND).Close();
-}
-
 void MakeFolder(const cow_String& path) {
     if (mkdir(path.CStr(), 0777) != 0) RaiseSystemError("mkdir", __LINE__);
 }
 
 void RenameFile(const cow_String& from, const cow_String& to) {
     if (std::rename(from.CStr(), to.CStr()) != 0) RaiseSystemError("rename", __LINE__);
+}
+
+cow_String HostForm(const cow_String& nativeName) {
+    const std::string_view name = nativeName;
+    if (name.starts_with('/')) {
+        const std::size_t slashes = std::min(name.find_first_not_of('/'), name.size());
+        return getdevice().Append(cow_String(name.substr(slashes - 1)));
+    }
+    const bool looksLikeMore =
+        name.find(':') != name.npos || KZMBasUtlFilePath::IsPrefixRemoteFileAccessor(nativeName);
+    return looksLikeMore ? Text("./", nativeName) : nativeName;
+}
+
+void AppendEnvironment(const cow_String& nativeName) {
+    const cow_String host = KZMBasUtlFilePath("", HostForm(nativeName)).AbsolutePathName();
+    const cow_String path = KZMBasUtlDirPathUtils::NativeName(host);
+    std::error_code error;
+    if (fs::exists(path.CStr(), error) && !fs::is_regular_file(path.CStr(), error)) {
+        throw HeatError(Text("'", nativeName, "' is not a file"));
+    }
+    OnFile("cannot write", nativeName, [&] {
+        Descriptor(path, O_WRONLY | O_CREAT | O_APPEND).Close();
+        const std::uintmax_t before = fs::file_size(path.CStr(), error);
+        KZMBasOmniProcessInfo::SaveEnvironment(host.CStr());  // a failure shows in the size only
+        std::uintmax_t entries = 0;
+        for (char** entry = environ; *entry; ++entry) entries += std::strlen(*entry) + 1;
+        if (fs::file_size(path.CStr(), error) - before <= entries) {
+            KZMBasUtlShortWrite().Throw(kSource, __LINE__);
+        }
+    });
+}
+
+void FinishOutput() {
+    const int reason = std::fflush(stdout) == 0 ? 0 : errno;
+    if (reason == EPIPE || (reason == 0 && !std::ferror(stdout))) return;
+    throw HeatError(Text("cannot write the output: ",
+                         reason == 0 ? "not all of it was taken" : std::strerror(reason)));
 }
 
 }  // namespace heat

@@ -23,8 +23,15 @@ auto OnFile(const char* attempt, const cow_String& path, const Action& action) {
 // KZMBasUtlWriteError or KZMBasUtlShortWrite.
 std::string StartOfFile(const cow_String& path, std::size_t most);
 void WriteFile(const cow_String& path, const std::string& contents);
-void MakeAppendable(const cow_String& path);  // makes the file where it is missing
 void MakeFolder(const cow_String& path);
 void RenameFile(const cow_String& from, const cow_String& to);
+
+// A name as the command line has it, in the library's host form: "//tmp/a" is no share and "C:a" on
+// no drive, since this system has neither. Only a backslash cannot be part of a name.
+cow_String HostForm(const cow_String& nativeName);
+
+// These throw HeatError.
+void AppendEnvironment(const cow_String& nativeName);
+void FinishOutput();  // unless all of standard output was written, or its reader has gone
 
 }  // namespace heat

@@ -23,10 +23,7 @@ void IntroduceProcess(const Options& options) {
     KZMBasOmniProcessInfo::Initialize();
     std::printf("%s, process %d, rank %d\n", KZMBasOmniProcessInfo::ExeName(),
                 KZMBasOmniProcessInfo::ProcessId(), KZMBasOmniProcessInfo::Rank());
-    const cow_String& file = options.environmentFile;
-    if (file.Empty()) return;
-    OnFile("cannot write", file, [&] { MakeAppendable(file); });  // SaveEnvironment tells nothing
-    KZMBasOmniProcessInfo::SaveEnvironment(file.CStr());
+    if (!options.environmentFile.Empty()) AppendEnvironment(options.environmentFile);
 }
 
 // The temperatures in the order of the rows, for those who draw and write.
@@ -99,6 +96,7 @@ int Run(const Options& options) {
     if (options.report) PrintDetails(ends.sets, arrays);
     std::printf("results\n  %s\n  %s\n", folder.Path("temperature.vtu").CStr(),
                 folder.Path("temperature.png").CStr());
+    FinishOutput();
     if (figures.solution.isConverged) return 0;
     std::fputs("heat: stopped before the solution converged\n", stderr);
     return 128 + alerts.StopSignal();
@@ -115,6 +113,7 @@ int main(int argc, char** argv) {
         const heat::Options options = heat::ParseOptions(argc, argv);
         if (options.help) {
             std::fputs(heat::kUsage, stdout);
+            heat::FinishOutput();
             return 0;
         }
         return heat::Run(options);

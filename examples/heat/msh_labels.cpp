@@ -72,7 +72,7 @@ private:
                 KZMBasUtlReadError(KZMBasSystemError::Last()).Throw("msh_labels.cpp", __LINE__);
             });
         }
-        if (!m_file) Fail("ends in the middle of its nodes");
+        if (!m_file.good()) Fail("ends in the middle of its nodes");  // maybe within this label
         if (label < 1 || label > INT_MAX) {
             throw HeatError(Text("'", m_path, "' has a node labelled ", Digits(label),
                                  "; labels run from 1 to 2147483647"));

@@ -79,7 +79,10 @@ Options ParseOptions(int argc, char** argv) {
         if (word.Compare("--hot") == 0) options.hot = Number("--hot", value);
         if (word.Compare("--cold") == 0) options.cold = Number("--cold", value);
         if (word.Compare("--out") == 0) options.outDir = value;
-        if (word.Compare("--save-environment") == 0) options.environmentFile = value;
+        if (word.Compare("--save-environment") == 0) {
+            if (*value == '\0') throw HeatError("--save-environment needs the name of a file");
+            options.environmentFile = value;
+        }
         if (word.Compare("--conductivity") == 0) {
             options.conductivity = PositiveNumber("--conductivity", value);
         }

@@ -12,7 +12,7 @@
 namespace heat {
 namespace fs = std::filesystem;
 
-OutputFolder::OutputFolder(const cow_String& folder) : m_folder(folder) {
+OutputFolder::OutputFolder(const cow_String& folder) : m_folder(HostForm(folder)) {
     OnFile("cannot write into the folder", folder, [&] {
         try {
             MakeFolders();

@@ -7,7 +7,9 @@
 #include <cmath>
 #include <filesystem>
 #include <limits>
+#include <new>
 #include <numbers>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -277,6 +279,10 @@ Part ReadPart(const Options& options, Progress& progress) {
         reason = thrown;
     } catch (int) {
         reason = "Gmsh gave up";
+    } catch (const std::bad_alloc&) {  // also what a damaged file counts
+        reason = "it is damaged or needs more memory than there is";
+    } catch (const std::length_error&) {
+        reason = "it is damaged";
     }
     std::replace(reason.begin(), reason.end(), '\n', ' ');
     throw HeatError(Text("'", options.part, "' cannot be read and meshed: ", reason.c_str()));

@@ -9,6 +9,7 @@
 #include <map>
 #include <memory>
 #include <numbers>
+#include <string>
 #include <utility>
 
 #include "heat_error.h"
@@ -120,6 +121,31 @@ void DrawSurface(Raster& raster, const Mesh& mesh, const std::vector<Point>& pla
     }
 }
 
+// With '?' for each byte that is no part of a character: a text with such a byte, or with a code
+// that stands for no character, puts Cairo into a state in which it draws no text at all.
+std::string Drawable(std::string text) {
+    constexpr unsigned kLowest[] = {0, 0, 0x80, 0x800, 0x10000};
+    for (std::size_t i = 0; i < text.size();) {
+        const unsigned lead = static_cast<unsigned char>(text[i]);
+        const std::size_t length = lead < 0xC0 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+        unsigned code = length == 1 ? lead : lead & (0x7Fu >> length);
+        std::size_t size = 1;
+        for (; size < length && i + size < text.size(); ++size) {
+            const unsigned next = static_cast<unsigned char>(text[i + size]);
+            if (next >> 6 != 2) break;
+            code = code << 6 | (next & 0x3F);
+        }
+        const bool isEncoded = size == length && code >= kLowest[length] && code <= 0x10FFFF &&
+                               lead < 0xF8 && (length > 1 || lead < 0x80);
+        const bool isCharacter =
+            code >> 11 != 0x1B && (code & 0xFFFE) != 0xFFFE && (code < 0xFDD0 || code > 0xFDEF);
+        if (!isEncoded) size = 1;
+        if (!isEncoded || !isCharacter) std::fill_n(text.begin() + static_cast<long>(i), size, '?');
+        i += size;
+    }
+    return text;
+}
+
 void Show(cairo_t* context, double x, double y, double size, const char* text, bool bold = false) {
     cairo_select_font_face(context, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
                            bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
@@ -205,7 +231,7 @@ std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOf
     cairo_paint(context.get());
     cairo_restore(context.get());
 
-    Show(context.get(), kPartLeft, 64, 32, name.CStr(), true);
+    Show(context.get(), kPartLeft, 64, 32, Drawable(name.CStr()).c_str(), true);
     char mark[48] = "";
     if (!solution.isConverged) {
         std::snprintf(mark, sizeof mark, ", NOT CONVERGED after %d iterations",
@@ -219,7 +245,8 @@ std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOf
     DrawAxes(context.get(), view);
 
     std::string png;
-    if (cairo_surface_write_to_png_stream(surface.get(), &Append, &png) != CAIRO_STATUS_SUCCESS) {
+    if (cairo_status(context.get()) != CAIRO_STATUS_SUCCESS ||
+        cairo_surface_write_to_png_stream(surface.get(), &Append, &png) != CAIRO_STATUS_SUCCESS) {
         throw HeatError("the picture cannot be drawn");
     }
     return png;

@@ -18,8 +18,10 @@
 // while the listener is armed, and is then called by the system: outside the lock, in the middle of
 // any other code (Linux) or on a thread of the system (Windows). See docs/alerts.md.
 //
-// Arm, Disarm and SetHandler belong to one thread. Whoever calls Disarm must not hold the thread
-// lock, since a handler may be waiting for it.
+// Arm, Disarm and SetHandler belong to one thread; on Windows not while it runs the entry routine
+// of a module. Whoever calls Disarm must not hold the thread lock, since a handler may be waiting
+// for it. Disarm before the library is unloaded: on Windows an armed listener keeps it loaded, on
+// Linux unloading waits for the handler that runs, which must then not need the loader.
 class KZM_API omi_AlertListener : public omi_SingletonBase<omi_AlertListener> {
 public:
     omi_AlertListener();

@@ -26,8 +26,8 @@ template <class T>
 class KZM_API KZMBasAtiGlobalSingleton {
 public:
     // Creates the object on the first call. If T's constructor throws, there is no instance
-    // afterwards and the next call tries again. The fatal-error routine is called if no mutex can
-    // be had or the object vanishes meanwhile.
+    // afterwards and the next call tries again, at the cost of one mutex that is never given back.
+    // The fatal-error routine is called if no mutex can be had or the object vanishes meanwhile.
     static T& Instance();
 
     // Destroys the object and the mutex of its class. Harmless if there is none.

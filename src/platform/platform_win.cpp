@@ -150,13 +150,13 @@ double ProcessorSeconds() {
 }
 
 std::string WorkingDirectory() {
-    std::string directory(MAX_PATH, '\0');
+    std::wstring directory(MAX_PATH, L'\0');
     DWORD length;
-    while ((length = GetCurrentDirectoryA(static_cast<DWORD>(directory.size()), directory.data())) >
+    while ((length = GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data())) >
            directory.size())
         directory.resize(length);
     directory.resize(length);
-    return length > 0 ? directory : "?:\\(unreachable)";
+    return length > 0 ? Narrow(directory, CP_ACP) : "?:\\(unreachable)";
 }
 
 // A drive that does not exist is a broken contract to some C runtimes, which end the process.

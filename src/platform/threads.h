@@ -13,8 +13,8 @@ Handle NewEvent();
 void Signal(Handle event);
 
 // Runs `run(argument)` in a thread of its own and tells its identifier, which is never 0. Null on
-// failure; `id` is then as it was. The module that this code lies in stays loaded until the thread
-// ends.
+// failure; `id` is then as it was. On Windows the thread keeps the module that this code lies in
+// loaded; elsewhere it must be waited for before the module is unloaded.
 using ThreadFunction = std::uint32_t (*)(void* argument) noexcept;
 Handle StartThread(ThreadFunction run, void* argument, std::uint32_t& id);
 
