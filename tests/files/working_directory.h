@@ -20,10 +20,6 @@ protected:
         std::filesystem::remove_all(m_own);
     }
 
-    static void MakeFile(const char* name, const std::string& bytes) {
-        std::ofstream(name, std::ios::binary) << bytes;
-    }
-
 private:
     std::filesystem::path m_before, m_own;
 };
