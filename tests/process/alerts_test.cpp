@@ -5,6 +5,7 @@
 #include <process/alert_loop.h>
 #include <process/omi_AlertListener.h>
 #include <process/type_interrupt.h>
+#include <pthread.h>
 
 #include <atomic>
 #include <chrono>
@@ -116,17 +117,24 @@ TEST_F(Alerts, OneWhoseHandlerWasTakenAwayEndsTheProcess) {
 TEST_F(Alerts, NoneIsLostThatSeveralThreadsPostWhileArmed) {
     g_count = 0;
     for (const omi_AlertEnm alert : kAll) m_listener.SetHandler(alert, &Count);
+    pthread_barrier_t turn;
+    ASSERT_EQ(pthread_barrier_init(&turn, nullptr, 4), 0);
+    const auto post = [&] {
+        for (unsigned round = 1; round <= 2000; ++round) {
+            pthread_barrier_wait(&turn);
+            for (const omi_AlertEnm alert : kAll) omi_AlertTrigger(m_listener).Alert(alert);
+            pthread_barrier_wait(&turn);
+        }
+    };
+    std::thread posters[] = {std::thread(post), std::thread(post), std::thread(post)};
     for (unsigned round = 1; round <= 2000; ++round) {
         m_listener.Arm();
-        std::thread posters[3];
-        for (std::thread& poster : posters)
-            poster = std::thread([trigger = omi_AlertTrigger(m_listener)] {
-                for (const omi_AlertEnm alert : kAll) trigger.Alert(alert);
-            });
-        for (std::thread& poster : posters) poster.join();
+        for (int turns = 0; turns < 2; ++turns) pthread_barrier_wait(&turn);
         m_listener.Disarm();
-        ASSERT_EQ(g_count, round * 18);
+        EXPECT_EQ(g_count, round * 18);
     }
+    for (std::thread& poster : posters) poster.join();
+    pthread_barrier_destroy(&turn);
 }
 
 TEST_F(Alerts, WithoutMemoryTheListenerIsNotArmedOrTheAlertGetsThrough) {

@@ -7,8 +7,8 @@
 #include <support/expect_abort.h>
 #include <support/registry_record.h>
 
+#include <atomic>
 #include <climits>
-#include <latch>
 #include <stdexcept>
 #include <thread>
 #include <tuple>
@@ -94,10 +94,10 @@ protected:
 
 TEST_F(GlobalSingleton, ThreadsThatRaceForItGetOneObjectAndItsLock) {
     std::thread threads[8];
-    std::latch start(8);
+    std::atomic<int> waiting = 8;
     for (std::thread& each : threads)
-        each = std::thread([&start] {
-            start.arrive_and_wait();
+        each = std::thread([&waiting] {
+            for (--waiting; waiting > 0;) std::this_thread::yield();
             for (int round = 0; round < 1000; ++round) {
                 Shared::Instance().Lock();
                 ++Shared::Instance().value;
