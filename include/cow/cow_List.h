@@ -70,8 +70,8 @@ class cow_ListBlock {
 //
 // T is copied and default-constructed. A removed element goes at once, its place taken by T(), so
 // that the value a Pop() returned shares nothing with the list; other lists that share the block
-// keep it. If assigning a T can throw, removed elements stay until they are overwritten, and a list
-// that is being filled, inserted into or removed from may keep some twice; it stays valid.
+// keep it. If assigning a T can throw, removed elements stay until they are overwritten, and an
+// insertion or removal that is cut short may leave some elements twice and lose others.
 template <class T>
 class cow_List {
     using Block = cow_ListBlock<T>;

@@ -235,7 +235,7 @@ cow_List<T>& cow_List<T>::InsertIndex(int i, const T& v) {
     if (i == 0) return Prepend(v);
     if (i == m_length) return Append(v);
     CheckIndex(i);
-    const T value = v;  // NOLINT(performance-unnecessary-copy-initialization): may be an element
+    T value = v;  // it may be an element
     Grow(std::int64_t{m_length} + 1);
     IsolateRange(i, m_length);
     const int blockMask = (1 << m_blockShift) - 1;
@@ -249,7 +249,7 @@ cow_List<T>& cow_List<T>::InsertIndex(int i, const T& v) {
             --gap;
         }
     }
-    *Cell(i) = value;
+    *Cell(i) = std::move(value);
     ++m_length;
     return *this;
 }
@@ -286,11 +286,12 @@ cow_List<T>& cow_List<T>::Overwrite(int n, const Write& write) {
 
 // The same for n > 0, leaving a table of `slots`. Where something is shared, the blocks to write
 // are gathered aside, fresh ones in place of those that are not this list's alone: all elements of
-// a block are overwritten, so that none need be copied first.
+// a block are overwritten, so that none need be copied first. If assigning can fail, all blocks are
+// fresh, and the list has its old elements or the new ones.
 template <class T>
 template <class Write>
 void cow_List<T>::Rewrite(int n, int slots, const Write& write) {
-    if (*m_tableCount == 1 && !SharesBlocks(n)) {
+    if (std::is_nothrow_copy_assignable_v<T> && *m_tableCount == 1 && !SharesBlocks(n)) {
         const bool shrinks = n < m_length;
         cow_ListCut<T> cut;
         if (shrinks)

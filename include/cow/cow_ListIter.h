@@ -25,6 +25,10 @@ public:
     const T& CurrentItem() const { return *m_item; }
     int ArrayIndex() const { return m_index; }
 
+    // All elements that the walk sees, wherever it stands.
+    typename cow_List<T>::const_iterator begin() const { return m_list.begin(); }
+    typename cow_List<T>::const_iterator end() const { return m_list.end(); }
+
 private:
     void EnterBlockOf(int index) {
         m_index = index;
