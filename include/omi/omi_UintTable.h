@@ -136,7 +136,17 @@ public:
 
     // True if the key was a member. A block without members is released at once; the table itself
     // keeps its length.
-    bool Remove(unsigned int key);
+    bool Remove(unsigned int key) {
+        Block* const block = FindTableBlock(key);
+        if (!block) return false;
+        const bool removed = block->Remove(key & m_localMask);
+        m_memberCount -= removed;
+        if (block->Members().Size() == 0) {
+            m_table[Slot(key)] = nullptr;
+            DestroyBlock(block);
+        }
+        return removed;
+    }
 
     void Clear();  // releases every block, keeps the table's length
 

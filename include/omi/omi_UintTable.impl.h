@@ -65,19 +65,6 @@ omi_UintTable<V, A>::~omi_UintTable() {
 }
 
 template <class V, class A>
-bool omi_UintTable<V, A>::Remove(unsigned int key) {
-    Block* const block = FindTableBlock(key);
-    if (!block) return false;
-    const bool removed = block->Remove(key & m_localMask);
-    if (block->Members().Size() == 0) {
-        DestroyBlock(block);
-        m_table[Slot(key)] = nullptr;
-    }
-    m_memberCount -= removed;
-    return removed;
-}
-
-template <class V, class A>
 void omi_UintTable<V, A>::Clear() {
     DestroyBlocks();
     m_memberCount = 0;
