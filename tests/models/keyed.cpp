@@ -14,24 +14,35 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <tuple>
 
 namespace models {
 namespace {
 
 using Policy = KZMBasOmiDefaultAllocator;
 
+// A value that only Copy() copies.
+template <class T>
+class Owned {
+public:
+    template <class... Args>
+    explicit Owned(Args... args) : m_object(new T(args...)) {}
+    Owned(const Owned& other) : m_object(other.m_object->Copy()) {}
+    Owned(Owned&& other) noexcept = default;
+    Owned& operator=(Owned other) noexcept { return m_object.swap(other.m_object), *this; }
+    bool operator==(const Owned& other) const { return *m_object == *other.m_object; }
+    T& operator*() const { return *m_object; }
+
+private:
+    std::unique_ptr<T> m_object;
+};
+
 // The container itself, whatever holds it.
-template <class C>
-C& Of(C& c) {
-    return c;
-}
-template <class C>
-C& Of(Owned<C>& c) {
-    return *c;
-}
-template <class C>
-C& Of(const Owned<C>& c) {
-    return *c;
+auto& Of(auto& c) {
+    if constexpr (requires { *c; })
+        return *c;
+    else
+        return c;
 }
 
 // A hash table that can be copied.
@@ -45,152 +56,121 @@ struct Hashed : HashTable<K, V> {
     }
 };
 
-template <class C>
-concept IsTree = requires {
-    &C::InsertUnlessMember;
-};
-template <class C>
-concept IsLinks = requires {
-    &C::Add;
-};
-template <class C>
-concept IsHash = requires {
-    &C::LookUp;
-};
-template <class C>
-concept IsTable = requires {
-    &C::FindCell;
-};
-
 // Maps of one value a key, each in its own words.
 template <class Held, class K, class V>
 struct MapModel {
     using Value = Held;
     using C = std::remove_reference_t<decltype(Of(std::declval<Held&>()))>;
-    using Code = std::conditional_t<std::is_same_v<K, unsigned>, unsigned, int>;
-    using Twin = std::map<Code, int>;
-    static constexpr bool kKeeps = IsTree<C> || IsLinks<C>;  // the value of a key that is there
-    static constexpr bool kAdds = IsHash<C> || IsLinks<C>;   // when it is written
+    using Twin = std::map<K, V>;
+    static constexpr bool kTree = requires(C c) { c.Root()->Depth(); };
+    static constexpr bool kLinks = requires(C c) { c.LowerBound(K()); };
+    static constexpr bool kHash = requires(C c, V v) { c.LookUp(K(), v); };
+    static constexpr bool kTable = requires(C c) { c.FindCell(K()); };
+    static constexpr bool kKeeps = kTree || kLinks;  // the value of a key that is there
+    static constexpr bool kAdds = kHash || kLinks;   // when it is written
 
     using TableIterator =
         std::conditional_t<std::is_same_v<K, unsigned>, omi_UintTableIterator<V, Policy>,
                            omi_IntTableIterator<V, Policy>>;
 
-    static std::pair<Value, Twin> New(unsigned i) requires IsTable<C> {
-        return {i == 0 ? Value() : i == 1 ? Value(12u, 10u, 1u) : Value(16u, 8u, 0u), Twin()};
-    }
-    static std::pair<Value, Twin> New(unsigned i) requires IsHash<C> {
-        return {Value(i * 40), Twin()};
+    static std::pair<Value, Twin> New(unsigned i) {
+        if constexpr (kTable)
+            return {i ? Value(8u + 4 * i, 12u - 2 * i, i % 2) : Value(), Twin()};
+        else if constexpr (kHash)
+            return {Value(i * 40), Twin()};
+        else
+            return {};
     }
 
-    // Null for an absent key.
-    static const V* Cell(const C& c, const K& key) {
-        if constexpr (IsHash<C>) {
-            const auto it = c.find(key);
-            return it.IsDone() ? nullptr : &it.CurrentValue();
-        } else if constexpr (IsLinks<C>) {
-            const auto it = c.Find(key);
-            return it ? &it.Value() : nullptr;
-        } else if constexpr (IsTable<C>) {
-            return c.FindCell(key);
-        } else if constexpr (IsTree<C>) {
-            return c.IsMember(key) ? &c.ConstFind(key) : nullptr;
-        } else {
-            return c.IsMember(key) ? &c.ConstGet(key) : nullptr;
-        }
-    }
-    static bool Put(C& c, const K& key, const V& value) {
-        const bool isNew = !Cell(c, key);
-        if constexpr (IsTree<C>)
-            return c.InsertUnlessMember(key, value);
-        else if constexpr (IsLinks<C>)
-            return c.Add(key, value);
-        else if constexpr (IsHash<C>)
+    static void Put(C& c, const K& key, const V& value) {
+        if constexpr (kTree)
+            c.InsertUnlessMember(key, value);
+        else if constexpr (kLinks)
+            c.Add(key, value);
+        else
             c.Insert(key, value);
-        else if (!c.Insert(key, value))
-            return false;
-        return isNew;
+    }
+    static void Put(Twin& t, const K& key, const V& value) {
+        if (!kKeeps || !t.contains(key)) t[key] = value;
     }
     static void Write(C& c, const K& key, const V& value) {
         if constexpr (kAdds)
             c[key] = value;
-        else if constexpr (IsTree<C>)
+        else if constexpr (kTree)
             c.Find(key) = value;
         else if (c.IsMember(key))
             c.Get(key) = value;
     }
+    static void Write(Twin& t, const K& key, const V& value) {
+        if (kAdds || t.contains(key)) t[key] = value;
+    }
     static bool Remove(C& c, const K& key) {
-        if constexpr (IsHash<C>) {
-            const bool found = Cell(c, key);
-            return c.Delete(key), found;
-        } else {
-            if constexpr (requires { c.Root(); })
-                for (const auto& each : c)
-                    if (each.key == key) return c.Remove(each.key);  // which lies in the container
+        if constexpr (requires { c.Root(); })
+            for (const auto& each : c)
+                if (each.key == key) return c.Remove(each.key);  // which lies in the container
+        if constexpr (kHash)
+            return c.Delete(key), true;
+        else
             return c.Remove(key);
+    }
+    static bool Remove(Twin& t, const K& key) { return t.erase(key) || kHash; }
+
+    // Whether the key is there, its value or a default, and the first key that is not less.
+    using Found = std::tuple<bool, V, K>;
+    static Found Read(const C& c, const K& key) {
+        V value = V();
+        if constexpr (kHash)
+            return {c.LookUp(key, value), value, K()};
+        else if constexpr (kTree)
+            return {c.IsMember(key), c.ConstFind(key), K()};
+        else if constexpr (requires { c.ConstGetValue(key, value); })
+            return {c.IsMember(key) && c.ConstGetValue(key, value), value, K()};
+        else if constexpr (!kLinks)
+            return {c.IsMember(key), c.IsMember(key) ? c.ConstGet(key) : V(), K()};
+        if constexpr (kLinks) {
+            const auto it = c.Find(key), near = c.LowerBound(key);
+            return {bool(it), it ? it.Value() : V(), near ? near.Key() : K()};
         }
     }
-
-    static bool Reads(const C& c, const K& key) {
-        const V* const cell = Cell(c, key);
-        V value = As<V>(77);
-        if constexpr (requires { c.ConstGetValue(key, value); })
-            Require(c.ConstGetValue(key, value) == c.IsMember(key), "found or not");
-        else if constexpr (IsHash<C>)
-            Require(c.LookUp(key, value) == (cell != nullptr), "found or not");
-        else if (cell)
-            value = *cell;
-        Require(value == (cell ? *cell : As<V>(77)), "the value read");
-        if constexpr (IsLinks<C>) {
-            const auto at = c.LowerBound(key);
-            Require(at ? at.Key() >= key && !(at.Previous() && at.Previous().Key() >= key)
-                       : !c.Last() || c.Last().Key() < key,
-                    "the lower bound");
-        }
-        return cell != nullptr;
+    static Found Read(const Twin& t, const K& key) {
+        const auto it = t.find(key), near = t.lower_bound(key);
+        return {it != t.end(), it != t.end() ? it->second : V(),
+                kLinks && near != t.end() ? near->first : K()};
     }
 
     using Entries = std::vector<std::pair<K, const V*>>;
-    static Entries Listed(const C& c) {
+    static Entries Listed(const auto& c) {
         Entries entries;
-        if constexpr (IsLinks<C>)
+        if constexpr (requires { c.begin(); })
+            for (const auto& [key, value] : c) entries.emplace_back(key, &value);
+        else
             for (auto it = c.First(); it; it = it.Next())
                 entries.emplace_back(it.Key(), &it.Value());
-        else if constexpr (IsHash<C>)
-            for (iterState s = c.First(); s.position; s = c.Next(s))
-                entries.emplace_back(c.CurrentKey(s), &c.CurrentEntry(s).value);
-        else
-            for (const auto& [key, value] : c) entries.emplace_back(key, &value);
-        if constexpr (!IsTree<C> && !IsLinks<C> && !IsTable<C>)
-            std::sort(entries.begin(), entries.end());
+        if constexpr (!kTree && !kLinks && !kTable) std::sort(entries.begin(), entries.end());
         return entries;
     }
-    // Also in the order of a comparison, then from its end on.
-    template <class It>
-    static Entries Backwards(It&& it) {
+    static Entries Backwards(auto&& it) {
         Entries entries;
         for (it.Last(); !it.IsDone(); it.Previous())
             entries.emplace_back(it.CurrentKey(), &it.CurrentValue());
         return Entries(entries.rbegin(), entries.rend());
     }
+    // For walks over a table in the order of a comparison.
     static int Descending(const void* a, const void* b) {
         using Record = omi_TableRecord<K, V>;
-        const Record* const x = *static_cast<const Record* const*>(a);
-        const Record* const y = *static_cast<const Record* const*>(b);
-        return (x->key < y->key) - (x->key > y->key);
+        const K x = (*static_cast<const Record* const*>(a))->key;
+        const K y = (*static_cast<const Record* const*>(b))->key;
+        return (x < y) - (x > y);
     }
-    static bool Descends(const C& c) {
-        Entries entries = Listed(c), sorted = entries;
-        if constexpr (IsTable<C>)
-            sorted = Backwards(TableIterator(c, Descending)),
-            std::reverse(sorted.begin(), sorted.end());
-        if constexpr (requires { cow_ConstMapSortedIt<K, V>(c); }) {
-            cow_ConstMapSortedIt<K, V> it(c, cow_ConstMapSortedIt<K, V>::DescSortCmp);
-            sorted.clear();
-            for (const auto& [key, value] : it) sorted.emplace(sorted.begin(), key, &value);
+
+    static bool Descends([[maybe_unused]] const C& c) {
+        if constexpr (kTable) {
+            const Entries down = Backwards(TableIterator(c, Descending));
+            return Entries(down.rbegin(), down.rend()) == Listed(c);
         }
-        return sorted == entries;
+        return true;
     }
+    static bool Descends(const Twin&) { return true; }
 
     static int Depth(const auto* node) {
         if (!node) return -1;
@@ -201,204 +181,167 @@ struct MapModel {
     static bool Same(const Value& value, const Twin& twin) {
         const C& c = Of(value);
         const Entries entries = Listed(c);
-        Entries back = entries;
-        if constexpr (IsTree<C>) Depth(c.Root()), back = Backwards(cow_BtreeIterator<K, V>(c));
-        if constexpr (IsTable<C>) back = Backwards(TableIterator(c));
+        if constexpr (kTree) {
+            Depth(c.Root());
+            Require(Backwards(cow_BtreeIterator<K, V>(c)) == entries, "the walk back");
+        } else if constexpr (kTable) {
+            Require(Backwards(TableIterator(c)) == entries, "the walk back");
+        }
         if constexpr (requires { c.Size(); })
-            if (c.Size() != static_cast<int>(entries.size())) return false;
-        return back == entries &&
-               std::equal(entries.begin(), entries.end(), twin.begin(), twin.end(),
-                          [](const auto& entry, const auto& pair) {
-                              return entry.first == As<K>(static_cast<int>(pair.first)) &&
-                                     *entry.second == As<V>(pair.second);
-                          });
-    }
-    static void MixInto(std::uint64_t& sum, const Value& value, const Twin& twin) {
-        for (const auto& [key, each] : Listed(Of(value))) Mix(sum, *each);
-        Mix(sum, twin);
+            if (c.Size() != static_cast<int>(twin.size())) return false;
+        const auto same = [](const auto& a, const auto& b) {
+            return a.first == b.first && *a.second == b.second;
+        };
+        return std::equal(entries.begin(), entries.end(), twin.begin(), twin.end(), same);
     }
 
-    static void Step(Edit<MapModel>& edit) {
-        using H = Held;
-        using T = Twin;
-        Program& p = edit.p;
-        Code code = static_cast<Code>(p.Key());
-        if constexpr (!std::is_integral_v<K>) code = code & 0xfff;
-        const auto near = edit.twin.lower_bound(code);
-        if (near != edit.twin.end() && p.OneIn(2)) code = near->first;
-        const auto own = edit.twin.lower_bound(static_cast<Code>(p.Key()));
-        const bool isOwn = own != edit.twin.end() && p.OneIn(4);  // a value of the container
-        const int number = isOwn ? own->second : p.Int(0, 9999);
-        const K key = As<K>(static_cast<int>(code));
-        const K ownKey = As<K>(isOwn ? static_cast<int>(own->first) : 0);
-        const V made = As<V>(number);
-        const auto v = [&](const C& c) -> const V& { return isOwn ? *Cell(c, ownKey) : made; };
-        const auto put = Do{[&](H& h) { return Put(Of(h), key, v(Of(h))); },
-                            [&](T& t) {
-                                const bool isNew = !t.contains(code);
-                                if (isNew || !kKeeps) t[code] = number;
-                                return isNew;
-                            }};
-        const auto remove =
-            Do{[&](H& h) { return Remove(Of(h), key); }, [&](T& t) { return t.erase(code) != 0; }};
-        const auto write = Do{[&](H& h) { Write(Of(h), key, made); },
-                              [&](T& t) {
-                                  if (kAdds || t.contains(code)) t[code] = number;
-                              }};
-        const auto read =
-            Do{[&](H& h) { return Reads(Of(h), key); }, [&](T& t) { return t.contains(code); }};
-        const auto sort = Do{[](H& h) { return Descends(Of(h)); }, [](T&) { return true; }};
-        std::vector<std::pair<K, V>> pairs;
-        for (const auto& [k, each] : edit.otherTwin)
-            pairs.emplace_back(As<K>(static_cast<int>(k)), As<V>(each));
-        const auto rebuild = Do{[&](H& h) {
-                                    if constexpr (IsHash<C> || IsLinks<C>)
-                                        h = H(edit.other);
-                                    else
-                                        h = H(pairs.begin(), pairs.end());
-                                },
-                                [&](T& t) { t = T(edit.otherTwin); }};
-        const auto clear = Do{[](H& h) {
-                                  if constexpr (requires { Of(h).Clear(); })
-                                      Of(h).Clear();
-                                  else
-                                      h = H();
-                              },
-                              [](T& t) { t.clear(); }};
-        p.OneIn(16) ? edit.OneOf(sort, rebuild, clear) : edit.OneOf(put, put, remove, write, read);
+    static void Step(Run<MapModel>& run) {
+        Program& p = run.p;
+        const Twin& twin = run.ToEdit();
+        const auto draw = [&] {
+            return As<K>(static_cast<int>(p.Key() & (std::is_integral_v<K> ? ~0u : 0xfff)));
+        };
+        K key = draw();
+        const auto near = twin.lower_bound(key);
+        if (near != twin.end() && p.OneIn(2)) key = near->first;
+        const auto own = twin.lower_bound(draw());
+        const bool isOwn = own != twin.end() && p.OneIn(4);  // a value of the container
+        const V made = As<V>(p.Int(0, 9999));
+        const auto v = [&](const auto& c) -> const V& {
+            if (isOwn)
+                for (const auto& [k, value] : Listed(c))
+                    if (k == own->first) return *value;
+            return made;
+        };
+        const auto put = [&](auto& h) { Put(Of(h), key, v(Of(h))); };
+        const auto remove = [&](auto& h) { return Remove(Of(h), key); };
+        const auto write = [&](auto& h) { Write(Of(h), key, made); };
+        const auto read = [&](auto& h) { return Read(Of(h), key); };
+        const auto clear = [&]<class H>(H& h) {
+            if constexpr (requires { Of(h).Clear(); })
+                Of(h).Clear();
+            else
+                h = H();
+        };
+        const auto sort = [](auto& h) { return Descends(Of(h)); };
+        p.OneIn(24) ? run.OneOf(sort, clear) : run.OneOf(put, put, remove, write, read);
     }
 };
 
-// As a table with several values a key, newest first.
+// Pairs by key, those of a key newest first.
+struct MultiTwin : std::vector<std::pair<int, int>> {
+    auto First(int key) const {
+        return std::partition_point(begin(), end(), [=](auto& e) { return e.first < key; });
+    }
+    bool IsMember(int key) const { return First(key) != First(key + 1); }
+    bool IsMember(int key, int v) const { return std::count(begin(), end(), std::pair(key, v)); }
+    bool ConstGetValues(int key, cow_List<int>& values) const {
+        values = cow_List<int>();
+        for (auto it = First(key); it != First(key + 1); ++it) values.Append(it->second);
+        return IsMember(key);
+    }
+    int ConstGet(int key) const { return First(key)->second; }
+    int& Get(int key) { return begin()[First(key) - begin()].second; }
+    bool Insert(int key, int v) { return insert(First(key), {key, v}), true; }
+    bool InsertUnique(int key, int v) { return !IsMember(key, v) && Insert(key, v); }
+    bool Remove(int key) {
+        return std::erase_if(*this, [=](auto& e) { return e.first == key; }) > 0;
+    }
+    bool Remove(int key, int v) {
+        const bool found = IsMember(key);
+        return std::erase(*this, std::pair(key, v)), found;
+    }
+    void Clear() { clear(); }
+    void SortValues(int (*compare)(const int&, const int&)) {
+        std::stable_sort(begin(), end(), [=](auto& a, auto& b) {
+            return a.first != b.first ? a.first < b.first : compare(a.second, b.second) < 0;
+        });
+    }
+};
+
 template <class Held>
 struct MultiMapModel {
     using Value = Held;
-    using Twin = std::map<int, std::vector<int>>;
+    using Twin = MultiTwin;
 
     static bool Same(const Value& value, const Twin& twin) {
-        std::vector<std::pair<int, int>> pairs;
-        for (const auto& [key, values] : twin)
-            for (const int each : values) pairs.emplace_back(key, each);
         const auto& m = Of(value);
-        return m.Size() == static_cast<int>(pairs.size()) && m.IsEmpty() == pairs.empty() &&
-               std::equal(m.begin(), m.end(), pairs.begin(), pairs.end(),
-                          [](const auto& a, const auto& b) {
-                              return a.first == b.first && a.second == b.second;
-                          });
-    }
-
-    static void Step(Edit<MultiMapModel>& edit) {
-        using H = Held;
-        using T = Twin;
-        Program& p = edit.p;
-        int key = static_cast<int>(p.Key() & ~7u);
-        const auto near = edit.twin.lower_bound(key);
-        if (near != edit.twin.end() && p.OneIn(2)) key = near->first;
-        const int value = p.Int(0, 11), times = p.OneIn(128) ? p.Int(100, 200) : 1;
-        const bool member = edit.twin.contains(key);
-        const auto found = edit.twin.find(key);
-        const std::vector<int> chain = member ? found->second : std::vector<int>();
-        const bool isPair = std::count(chain.begin(), chain.end(), value) > 0;
-        const auto add = [&](T& t) { t[key].insert(t[key].begin(), value); };
-        const auto insert =
-            Do{[&](H& h) { return Of(h).Insert(key, value); }, [&](T& t) { return add(t), true; }};
-        std::vector<std::pair<int, int>> pairs;
-        for (const auto& [k, each] : edit.otherTwin)
-            for (const int v : each) pairs.emplace_back(k, v);
-        for (int time = 1; time < times; ++time) edit.Both(insert);
-        if (p.OneIn(64))
-            return edit.OneOf(Do{[](H& h) { Of(h).Clear(); }, [](T& t) { t.clear(); }},
-                              Do{[&](H& h) {
-                                     if constexpr (requires { Of(h).SortValues(nullptr); })
-                                         Of(h).SortValues(value % 2 ? Quarters : nullptr);
-                                 },
-                                 [&](T& t) {
-                                     if constexpr (requires(H h) { Of(h).SortValues(nullptr); })
-                                         if (value % 2)
-                                             for (auto& [k, each] : t)
-                                                 std::stable_sort(
-                                                     each.begin(), each.end(),
-                                                     [](int a, int b) { return a / 4 < b / 4; });
-                                 }},
-                              Do{[&](H& h) { h = H(pairs.begin(), pairs.end()); },
-                                 [&](T& t) {
-                                     t.clear();
-                                     for (const auto& [k, v] : pairs) t[k].insert(t[k].begin(), v);
-                                 }});
-        if (times > 1) return;
-        edit.OneOf(insert, insert, insert,
-                   Do{[&](H& h) { return Of(h).InsertUnique(key, value); },
-                      [&](T& t) { return !isPair && (add(t), true); }},
-                   Do{[&](H& h) { return Of(h).Remove(key, value); },
-                      [&](T& t) {
-                          if (member && std::erase(t[key], value) && t[key].empty()) t.erase(key);
-                          return member;
-                      }},
-                   Do{[&](H& h) { return value > 3 || Of(h).Remove(key); },
-                      [&](T& t) { return value > 3 || t.erase(key) > 0; }},
-                   Do{[&](H& h) {
-                          cow_List<int> values(9);
-                          const bool was = Of(h).ConstGetValues(key, values);
-                          Require(was == member && std::equal(values.begin(), values.end(),
-                                                              chain.begin(), chain.end()),
-                                  "values");
-                          return Of(h).IsMember(key) && Of(h).IsMember(key, value);
-                      },
-                      [&](T&) { return isPair; }},
-                   Do{[&](H& h) {
-                          if (member) Of(h).Get(key) = Of(h).ConstGet(key) + 1;
-                      },
-                      [&](T& t) {
-                          if (member) ++t[key].front();
-                      }});
+        const auto same = [](const auto& a, const auto& b) {
+            return a.first == b.first && a.second == b.second;
+        };
+        return m.Size() == static_cast<int>(twin.size()) && m.IsEmpty() == twin.empty() &&
+               std::equal(m.begin(), m.end(), twin.begin(), twin.end(), same);
     }
     static int Quarters(const int& a, const int& b) { return a / 4 - b / 4; }
+
+    static void Step(Run<MultiMapModel>& run) {
+        Program& p = run.p;
+        int key = static_cast<int>(p.Key() & ~7u);
+        const auto near = run.ToEdit().First(key);
+        if (near != run.ToEdit().end() && p.OneIn(2)) key = near->first;
+        const int value = p.Int(0, 11);
+        const auto insert = [&](auto& h) { return Of(h).Insert(key, value); };
+        const auto clear = [](auto& h) { Of(h).Clear(); };
+        const auto sort = [&](auto& h) {
+            if constexpr (requires(Held held) { Of(held).SortValues(nullptr); })
+                Of(h).SortValues(Quarters);
+        };
+        if (p.OneIn(128))
+            for (int times = p.Int(100, 200); times > 0; --times) run.Both(insert);
+        if (p.OneIn(64)) return run.OneOf(clear, sort);
+        run.OneOf(
+            insert, insert, insert, [&](auto& h) { return Of(h).InsertUnique(key, value); },
+            [&](auto& h) { return Of(h).Remove(key, value); },
+            [&](auto& h) { return value > 3 || Of(h).Remove(key); },
+            [&](auto& h) {
+                cow_List<int> values(9);
+                const bool found = Of(h).ConstGetValues(key, values);
+                return std::tuple(std::vector<int>(values.begin(), values.end()), found,
+                                  Of(h).IsMember(key), Of(h).IsMember(key, value));
+            },
+            [&](auto& h) {
+                if (Of(h).IsMember(key)) Of(h).Get(key) = Of(h).ConstGet(key) + 1;
+            });
+    }
 };
 
+// Cells of which those that were never written are null or, in the block of one that was, empty.
 template <class T>
 struct BlockedModel {
     using Value = omi_BlockedArray<T>;
-    struct Twin {
+    struct Twin : std::map<unsigned, T> {
         unsigned shift;
-        std::map<unsigned, int> cells;
-    };
-    static std::pair<Value, Twin> New(unsigned i) {
-        return {Value(4 * i, 8 + i / 2), {8 + i / 2, {}}};
-    }
-
-    // A cell that was never written is a null or, beside one that was, empty.
-    static bool Same(const Value& a, const Twin& twin) {
-        for (const auto& [at, code] : twin.cells)
-            if (!a.GetCell(at) || !(*a.GetCell(at) == As<T>(code))) return false;
-        for (unsigned at = 0; at < 1 << 18; at += 1u << twin.shift) {
-            const auto block = twin.cells.lower_bound(at);
-            const bool present =
-                block != twin.cells.end() && block->first >> twin.shift == at >> twin.shift;
-            if (present != (a.GetCell(at) != nullptr)) return false;
-            if (present && !twin.cells.contains(at + 1) && !(*a.GetCell(at + 1) == T()))
-                return false;
+        Twin(unsigned, unsigned s) : shift(s) {}
+        const T* GetCell(unsigned i) const {
+            static const T empty = T();
+            if (this->contains(i)) return &this->at(i);
+            const auto block = this->lower_bound(i >> shift << shift);
+            return block != this->end() && block->first >> shift == i >> shift ? &empty : nullptr;
         }
+        void SetCell(unsigned i, T v) { (*this)[i] = v; }
+    };
+    static std::pair<Value, Twin> New(unsigned i) { return {Value(4 * i, 8), Twin(0, 8)}; }
+
+    static bool Same(const Value& a, const Twin& twin) {
+        const auto same = [&](unsigned i) {
+            const T *const cell = a.GetCell(i), *const expected = twin.GetCell(i);
+            return cell && expected ? *cell == *expected : cell == expected;
+        };
+        for (const auto& [i, value] : twin)
+            if (!same(i)) return false;
+        for (unsigned i = 0; i < 1 << 16; i += (1u << twin.shift) + 1)
+            if (!same(i)) return false;
         return true;
     }
-    static void MixInto(std::uint64_t& sum, const Value& a, const Twin& twin) {
-        for (const auto& [at, code] : twin.cells) Mix(sum, at), Mix(sum, *a.GetCell(at));
-    }
 
-    static void Step(Edit<BlockedModel>& edit) {
-        Program& p = edit.p;
-        const unsigned at = p.Key() & 0x3ffff;
-        const int number = p.Int(0, 9999);
-        const auto own = edit.twin.cells.lower_bound(p.Key() & 0x3ffff);
-        const bool isOwn = own != edit.twin.cells.end() && p.OneIn(4);
-        const unsigned slots = p.Below(9), shift = p.Int(7, 9);
-        const T made = As<T>(number);
-        if (p.OneIn(64))
-            return edit.Both(Do{[&](Value& a) { a = Value(slots, shift); },
-                                [&](Twin& t) {
-                                    t = {shift, {}};
-                                }});
-        edit.Both(Do{[&](Value& a) { a.SetCell(at, isOwn ? *a.GetCell(own->first) : made); },
-                     [&](Twin& t) { t.cells[at] = isOwn ? own->second : number; }});
+    static void Step(Run<BlockedModel>& run) {
+        Program& p = run.p;
+        const unsigned at = p.Key() & 0xffff, own = p.Key() & 0xffff, slots = p.Below(9),
+                       shift = 7 + p.Below(3);
+        const T made = As<T>(p.Int(0, 9999));
+        const auto set = [&](auto& a) { a.SetCell(at, a.GetCell(own) ? *a.GetCell(own) : made); };
+        const auto reshape = [&]<class A>(A& a) { a = A(slots, shift); };
+        p.OneIn(64) ? run.Both(reshape) : run.Both(set);
     }
 };
 
@@ -406,30 +349,30 @@ template <class V>
 using OwnedUint = MapModel<Owned<omi_UintTable<V, Policy>>, unsigned, V>;
 template <class V>
 using OwnedInt = MapModel<Owned<omi_IntTable<V, Policy>>, int, V>;
+template <class K, class V>
+using OwnedHash = MapModel<Owned<Hashed<K, V>>, K, V>;
+template <template <class, class> class C, class K, class V>
+using MapOf = MapModel<C<K, V>, K, V>;
 
 }  // namespace
 
 std::vector<Model> Keyed() {
-    return {{"Tree", 15482674880943742270u, Run<MapModel<cow_Btree<int, int>, int, int>>::Of},
-            {"TreeOfTexts", 6984424370539892423u,
-             Run<MapModel<cow_Btree<cow_String, Boxed>, cow_String, Boxed>>::Of},
-            {"Map", 14811794033855417486u, Run<MapModel<cow_Map<int, int>, int, int>>::Of},
-            {"MapOfTexts", 1187494545005453349u,
-             Run<MapModel<cow_Map<cow_String, Boxed>, cow_String, Boxed>>::Of},
-            {"TableByValue", 14811794033855417486u, Run<MapModel<cow_IntTableInt, int, int>>::Of},
-            {"UintTableOfInt", 1026413928735776849u, Run<OwnedUint<int>>::Of},
-            {"IntTableOfDouble", 3745928115159225585u, Run<OwnedInt<double>>::Of},
-            {"IntTableOfString", 3252119817607275448u, Run<OwnedInt<cow_String>>::Of},
-            {"HashTable", 12887639722156542396u,
-             Run<MapModel<Owned<Hashed<void*, unsigned>>, void*, unsigned>>::Of},
-            {"HashTableOfAddresses", 15248287101077399u,
-             Run<MapModel<Owned<Hashed<unsigned, void*>>, unsigned, void*>>::Of},
-            {"GenericTree", 4914982590156318922u,
+    return {{"Tree", 288269603514135819u, Run<MapOf<cow_Btree, int, int>>::Of},
+            {"TreeOfTexts", 15960394338835946256u, Run<MapOf<cow_Btree, cow_String, Boxed>>::Of},
+            {"Map", 10134493997753757010u, Run<MapOf<cow_Map, int, int>>::Of},
+            {"MapOfTexts", 11457157205857256933u, Run<MapOf<cow_Map, cow_String, Boxed>>::Of},
+            {"TableByValue", 10134493997753757010u, Run<MapModel<cow_IntTableInt, int, int>>::Of},
+            {"UintTableOfInt", 17624481151702487228u, Run<OwnedUint<int>>::Of},
+            {"IntTableOfDouble", 13123741351040530546u, Run<OwnedInt<double>>::Of},
+            {"IntTableOfString", 12581188548291831489u, Run<OwnedInt<cow_String>>::Of},
+            {"HashTable", 16132027406923455947u, Run<OwnedHash<void*, unsigned>>::Of},
+            {"HashTableOfAddresses", 11217393004759107276u, Run<OwnedHash<unsigned, void*>>::Of},
+            {"GenericTree", 12385294008844210556u,
              Run<MapModel<KZMBasTree<int, cow_String>, int, cow_String>>::Of},
-            {"MultiMap", 15266243106163387362u,
+            {"MultiMap", 1941904649585693377u,
              Run<MultiMapModel<Owned<omi_IntMultiMap<int, Policy>>>>::Of},
-            {"MultiMapByValue", 12649475324575153472u, Run<MultiMapModel<cow_IntMultiMapInt>>::Of},
-            {"BlockedArrayOfInt", 3990505528180271234u, Run<BlockedModel<int>>::Of},
-            {"BlockedArrayOfString", 9102830721726777398u, Run<BlockedModel<cow_String>>::Of}};
+            {"MultiMapByValue", 11405653805690953433u, Run<MultiMapModel<cow_IntMultiMapInt>>::Of},
+            {"BlockedArrayOfInt", 14730362344482620108u, Run<BlockedModel<int>>::Of},
+            {"BlockedArrayOfString", 5445673876332632038u, Run<BlockedModel<cow_String>>::Of}};
 }
 }  // namespace models

@@ -5,21 +5,20 @@
 
 #include <array>
 #include <bit>
-#include <concepts>
-#include <cstdint>
 #include <new>
 #include <stdexcept>
 #include <string>
-#include <string_view>
+#include <tuple>
 #include <utility>
 
-// A model tests one family of values: a few of them copy and change one another, each beside a twin
-// of the standard library that must always equal it. A model M has
+// A model tests one family of values: three of them copy and change one another, each beside a twin
+// made of the standard library that must always equal it. The twin has the family's member names,
+// so that an edit is one generic lambda that is called with both. A model M has
 //
 //     using Value = ...; using Twin = ...;
 //     static bool Same(const Value&, const Twin&);  // everything that can be seen of the value
-//     static void Step(Edit<M>&);                   // draws one edit and calls it
-//     static std::pair<Value, Twin> New(unsigned i);     // optional: the i-th pair at the start
+//     static void Step(Run<M>&);                    // draws one edit and does it
+//     static std::pair<Value, Twin> New(unsigned i);  // optional: the i-th pair at the start
 //     static Twin ReadBack(const Value&);  // optional: a refused edit may stop half way
 namespace models {
 
@@ -32,48 +31,48 @@ inline void Require(bool holds, const char* what) {
 
 template <class T>
 void Mix(std::uint64_t& sum, const T& part) {
-    if constexpr (std::is_pointer_v<T>) {
-        Mix(sum, reinterpret_cast<std::uintptr_t>(part));
-    } else if constexpr (std::is_floating_point_v<T>) {
-        Mix(sum, std::bit_cast<std::uint64_t>(static_cast<double>(part)));
-    } else if constexpr (std::integral<T>) {
-        sum = (std::rotl(sum, 23) ^ static_cast<std::uint64_t>(part)) * 0x9E3779B97F4A7C15u;
-    } else if constexpr (requires { std::string_view(part); }) {
-        for (const char c : std::string_view(part)) Mix(sum, c);
-    } else if constexpr (requires { part.begin(); }) {
+    if constexpr (requires { part.begin(); })
         for (const auto& each : part) Mix(sum, each);
-    } else if constexpr (requires { part.Code(); }) {
+    else if constexpr (requires { part.CStr(); })
+        Mix(sum, std::string(part.CStr()));
+    else if constexpr (requires { part.Code(); })
         Mix(sum, part.Code());
-    } else {
-        const auto& [first, second] = part;
-        Mix(sum, first);
-        Mix(sum, second);
-    }
+    else if constexpr (requires { std::get<0>(part); })
+        std::apply([&](const auto&... each) { (Mix(sum, each), ...); }, part);
+    else if constexpr (std::is_pointer_v<T>)
+        Mix(sum, reinterpret_cast<std::uintptr_t>(part));
+    else if constexpr (std::is_floating_point_v<T>)
+        Mix(sum, std::bit_cast<std::uint64_t>(static_cast<double>(part)));
+    else
+        sum = (std::rotl(sum, 23) ^ static_cast<std::uint64_t>(part)) * 0x9E3779B97F4A7C15u;
 }
 
-// What is done to a value, and to its twin.
-template <class OnValue, class OnTwin>
-struct Do {
-    OnValue onValue;
-    OnTwin onTwin;
-};
-template <class OnValue, class OnTwin>
-Do(OnValue, OnTwin) -> Do<OnValue, OnTwin>;
-
-// One edit of a value and its twin, with operands from the program or from another pair, which may
-// be the same one.
 template <class M>
-class Edit {
+class Run {
 public:
     using Value = typename M::Value;
     using Twin = typename M::Twin;
 
-    Program& p;
-    const Twin& twin;
-    const Value& other;
-    const Twin& otherTwin;
+    // The checksum of all results and of what the values are at the end.
+    static std::uint64_t Of(Program program, bool refuse) {
+        struct Watched {
+            Watched() { host_heap::Watch(); }
+            ~Watched() { host_heap::Unwatch(); }
+        } watched;
+        const std::uint64_t sum = Run(program, refuse).Sum();
+        cow_ReleaseNullValues();
+        Require(host_heap::g_probe.live == 0, "blocks leaked");
+        return sum;
+    }
 
-    // Does one of the edits to both and compares what it returns; a model may call this several
+    Program p;
+    const Twin& ToEdit() const { return m_edited->second; }
+
+    // A whole operand of the same kind, which may be the edited one itself.
+    const Value& Other(const Value&) const { return m_other->first; }
+    const Twin& Other(const Twin&) const { return m_other->second; }
+
+    // Does one of the edits to both and compares what it returns; a step may call this several
     // times. While memory is refused, the value's part is repeated with the 1st, 2nd, ...
     // allocation failing until it succeeds; each time the value must be as before or as after it.
     template <class... Edits>
@@ -81,38 +80,58 @@ public:
         unsigned left = p.Below(sizeof...(edits));
         ((left-- == 0 ? Both(edits) : void()), ...);
     }
-
-    template <class OnValue, class OnTwin>
-    void Both(const Do<OnValue, OnTwin>& edit) {
-        Twin after = m_twin;
-        if constexpr (std::is_void_v<std::invoke_result_t<OnTwin, Twin&>>) {
-            edit.onTwin(after);
+    void Both(const auto& edit) {
+        Twin after = m_edited->second;
+        if constexpr (std::is_void_v<decltype(edit(after))>) {
+            edit(after);
             Repeat(
-                after, [&] { return edit.onValue(m_value), 0; }, 0);
+                after, [&] { return edit(m_edited->first), 0; }, 0);
         } else {
-            const auto expected = edit.onTwin(after);
+            const auto expected = edit(after);
             Repeat(
-                after, [&] { return edit.onValue(m_value); }, expected);
+                after, [&] { return edit(m_edited->first); }, expected);
         }
-        m_twin = std::move(after);
+        m_edited->second = std::move(after);
     }
 
 private:
-    template <class>
-    friend class Run;
-    Edit(Program& program, Value& v, Twin& t, const Value& o, const Twin& ot, std::uint64_t& s,
-         bool r)
-        : p(program),
-          twin(t),
-          other(o),
-          otherTwin(ot),
-          m_value(v),
-          m_twin(t),
-          m_sum(s),
-          m_refuse(r) {}
+    using Pair = std::pair<Value, Twin>;
 
-    template <class Operation, class Result>
-    void Repeat(Twin& after, Operation operation, const Result& expected) {
+    Run(Program program, bool refuse) : p(program), m_refuse(refuse) {}
+
+    static Pair New([[maybe_unused]] unsigned i) {
+        if constexpr (requires { M::New(i); })
+            return M::New(i);
+        else
+            return Pair();
+    }
+
+    std::uint64_t Sum() {
+        for (unsigned steps = 1; !p.AtEnd(); ++steps) {
+            m_edited = &m_all[p.Below(3)];
+            m_other = &m_all[p.Below(3)];
+            const Value& value = m_edited->first;
+            const Twin& twin = m_edited->second;
+            if (p.OneIn(8))
+                Both([&](auto& copy) { copy = Other(copy); });
+            else
+                M::Step(*this);
+            Require(M::Same(value, twin), "the edited value differs");
+            if constexpr (requires { value == value, twin == twin; })
+                Require((value == m_other->first) == (twin == m_other->second), "== differs");
+            if (steps % 16 == 0) CheckAll();
+        }
+        CheckAll();
+        for (const Pair& each : m_all) Mix(m_sum, each.second);
+        return m_sum;
+    }
+    void CheckAll() const {
+        for (const Pair& each : m_all) Require(M::Same(each.first, each.second), "a value differs");
+    }
+
+    template <class Result>
+    void Repeat(Twin& after, auto operation, const Result& expected) {
+        const Value& value = m_edited->first;
         Mix(m_sum, expected);
         for (long nth = m_refuse;; ++nth) {
             host_heap::g_probe.untilFailure = nth;
@@ -124,99 +143,22 @@ private:
                 host_heap::g_probe.untilFailure = 0;
             }
             Require(m_refuse, "out of memory");
-            if (M::Same(m_value, m_twin)) continue;
-            if constexpr (requires { M::ReadBack(m_value); }) after = M::ReadBack(m_value);
-            return Require(M::Same(m_value, after), "a refusal left neither before nor after");
+            if (M::Same(value, m_edited->second)) continue;
+            if constexpr (requires { M::ReadBack(value); }) after = M::ReadBack(value);
+            return Require(M::Same(value, after), "a refusal left neither before nor after");
         }
     }
 
-    Value& m_value;
-    Twin& m_twin;
-    std::uint64_t& m_sum;
-    bool m_refuse;
-};
-
-template <class M>
-class Run {
-public:
-    // The checksum of all results and of the final values.
-    static std::uint64_t Of(Program program, bool refuse) {
-        struct Watched {
-            Watched() { host_heap::Watch(); }
-            ~Watched() { host_heap::Unwatch(); }
-        } watched;
-        std::uint64_t sum = 0x243F6A8885A308D3u;
-        {
-            Run run;
-            while (!program.AtEnd()) run.Step(program, sum, refuse);
-            run.CheckAll();
-            for (const Pair& each : run.m_all) MixValue(sum, each);
-        }
-        cow_ReleaseNullValues();
-        Require(host_heap::g_probe.live == 0, "blocks leaked");
-        return sum;
-    }
-
-private:
-    using Pair = std::pair<typename M::Value, typename M::Twin>;
-
-    static Pair New(unsigned i) {
-        if constexpr (requires { M::New(i); })
-            return M::New(i);
-        else
-            return Pair();
-    }
-    static void MixValue(std::uint64_t& sum, const Pair& pair) {
-        if constexpr (requires { M::MixInto(sum, pair.first, pair.second); })
-            M::MixInto(sum, pair.first, pair.second);
-        else
-            Mix(sum, pair.first);
-    }
-
-    void Step(Program& program, std::uint64_t& sum, bool refuse) {
-        Pair& pair = m_all[program.Below(3)];
-        const Pair& other = m_all[program.Below(3)];
-        Edit<M> edit(program, pair.first, pair.second, other.first, other.second, sum, refuse);
-        if (program.OneIn(8))
-            edit.Both(Do{[&](auto& value) { value = other.first; },
-                         [&](auto& twin) { twin = typename M::Twin(other.second); }});
-        else
-            M::Step(edit);
-        Require(M::Same(pair.first, pair.second), "the edited value differs");
-        if constexpr (requires { pair.first == other.first, pair.second == other.second; })
-            Require((pair.first == other.first) == (pair.second == other.second), "== differs");
-        if (++m_steps % 16 == 0) CheckAll();
-    }
-    void CheckAll() const {
-        for (const Pair& each : m_all) Require(M::Same(each.first, each.second), "a value differs");
-    }
-
+    const bool m_refuse;
+    std::uint64_t m_sum = 0x243F6A8885A308D3u;
     std::array<Pair, 3> m_all{New(0), New(1), New(2)};
-    unsigned m_steps = 0;
+    Pair* m_edited = nullptr;
+    const Pair* m_other = nullptr;
 };
 
-// A value that only Copy() copies.
-template <class T>
-class Owned {
-public:
-    template <class... Args>
-    explicit Owned(Args... args) : m_object(new T(args...)) {}
-    Owned(const Owned& other) : m_object(other->Copy()) {}
-    Owned(Owned&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
-    Owned& operator=(Owned other) noexcept {
-        std::swap(m_object, other.m_object);
-        return *this;
-    }
-    ~Owned() { delete m_object; }
-    T* operator->() const { return m_object; }
-    T& operator*() const { return *m_object; }
-    auto begin() const { return std::as_const(*m_object).begin(); }
-    auto end() const { return std::as_const(*m_object).end(); }
-    bool operator==(const Owned& other) const { return *m_object == *other.m_object; }
-
-private:
-    T* m_object;
-};
+bool Equal(const auto& a, const auto& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end());
+}
 
 struct Model {
     const char* name;

@@ -25,6 +25,13 @@ struct Bits : omi_BlkBitVect {
     bool IsEmpty() const { return Size() == 0; }
     void operator+=(const Bits& other) { *this |= other; }
     bool operator==(const Bits& other) const { return Contains(other) && other.Contains(*this); }
+    std::pair<unsigned, unsigned> Around(unsigned bit) const {
+        unsigned up = bit, down = bit;
+        omi_BlkBitVectTrav walk(this);
+        if (!walk.SetCurrent(up, true)) up = ~0u;
+        if (!walk.SetCurrent(down, false)) down = ~0u;
+        return {up, down};
+    }
 };
 
 std::vector<int> Listed(const omi_BlkBitVect& set) {
@@ -40,171 +47,138 @@ template <class Set>
 requires requires(const Set& set) { set.begin(); }
 std::vector<int> Listed(const Set& set) { return std::vector<int>(set.begin(), set.end()); }
 
+struct SetTwin : std::set<int, ByMagnitude> {
+    using set::set;
+    SetTwin(const int* values, int n) : set(values, values + n) {}
+    void Insert(int v) { insert(v); }
+    void Remove(int v) { erase(v); }
+    bool IsMember(int v) const { return contains(v); }
+    void Clear() { clear(); }
+    void operator+=(const SetTwin& other) { insert(other.begin(), other.end()); }
+    void operator-=(const SetTwin& other) {
+        std::erase_if(*this, [&](int v) { return other.contains(v); });
+    }
+    void operator&=(const SetTwin& other) {
+        std::erase_if(*this, [&](int v) { return !other.contains(v); });
+    }
+    void operator^=(const SetTwin& other) {
+        for (const int v : other)
+            if (!insert(v).second) erase(v);
+    }
+    bool Contains(const SetTwin& other) const {
+        return std::includes(begin(), end(), other.begin(), other.end(), ByMagnitude());
+    }
+    bool HasOverlap(const SetTwin& other) const {
+        return std::any_of(begin(), end(), [&](int v) { return other.contains(v); });
+    }
+    // With ends in the wrong order, and in two words, the bits of the last word are set.
+    void SetFromTo(unsigned from, unsigned to) {
+        if (from > to && from / 32 != to / 32) from = to & ~31u;
+        for (unsigned bit = from; bit <= to; ++bit) Insert(static_cast<int>(bit));
+    }
+    std::pair<unsigned, unsigned> Around(unsigned bit) const {
+        const auto above = lower_bound(int(bit)), below = upper_bound(int(bit));
+        return {above == end() ? ~0u : *above, below == begin() ? ~0u : *std::prev(below)};
+    }
+};
+
 template <class Set>
 struct SetModel {
     using Value = Set;
-    using Twin = std::set<int, ByMagnitude>;
+    using Twin = SetTwin;
     static constexpr bool kBits = std::is_same_v<Set, Bits>;
 
     static bool Same(const Set& set, const Twin& twin) {
-        const std::vector<int> members(twin.begin(), twin.end());
         if constexpr (!kBits) {
             KZMBasVector<int> out(3, 77);
             set.Members(out);
-            if (!std::equal(out.begin(), out.end(), members.begin(), members.end())) return false;
+            if (!Equal(out, twin)) return false;
         }
-        return set.IsEmpty() == members.empty() &&
-               static_cast<std::size_t>(set.Size()) == members.size() && Listed(set) == members;
-    }
-    static void MixInto(std::uint64_t& sum, const Set& set, const Twin&) { Mix(sum, Listed(set)); }
-
-    // Members of this set alone, of both, of the other alone.
-    static void Combine(Twin& twin, const Twin& other, bool mine, bool both, bool others) {
-        Twin all = twin;
-        all.insert(other.begin(), other.end());
-        std::erase_if(all, [&](int v) {
-            return !(!twin.contains(v) ? others : other.contains(v) ? both : mine);
-        });
-        twin = all;
+        return set.IsEmpty() == twin.empty() &&
+               static_cast<std::size_t>(set.Size()) == twin.size() && Equal(Listed(set), twin);
     }
 
-    static void Step(Edit<SetModel>& edit) {
-        using S = Set;
-        using T = Twin;
-        Program& p = edit.p;
+    static void Step(Run<SetModel>& run) {
+        Program& p = run.p;
         // Walks over a bit vector that reaches to its end take long.
         const auto draw = [&] {
             const int any = static_cast<int>(p.Key() & 0xfffff);
             return kBits || p.OneIn(2) ? any : -any;
         };
-        int v = draw();
+        int v = draw(), numbers[8];
         if (!kBits && p.Below(1000) == 999) v = p.OneIn(2) ? 2147483647 : -2147483647 - 1;
-        const auto near = edit.twin.lower_bound(v);
-        if (near != edit.twin.end() && p.OneIn(3)) v = *near;
-        int numbers[8];
+        const auto near = run.ToEdit().lower_bound(v);
+        if (near != run.ToEdit().end() && p.OneIn(3)) v = *near;
         for (int& each : numbers) each = draw();
-        const T others = edit.otherTwin;
-        const unsigned low = static_cast<unsigned>(v),
-                       high = low + p.Below(300) - std::min(low, 40u);
-        const auto insert = Do{[&](S& s) { s.Insert(v); }, [&](T& t) { t.insert(v); }};
-        const auto remove = Do{[&](S& s) { s.Remove(v); }, [&](T& t) { t.erase(v); }};
-        const auto read =
-            Do{[&](S& s) { return s.IsMember(v); }, [&](T& t) { return t.contains(v); }};
-        const auto clear = Do{[](S& s) { s.Clear(); }, [](T& t) { t.clear(); }};
-        const auto add =
-            Do{[&](S& s) { s += edit.other; }, [&](T& t) { Combine(t, others, 1, 1, 1); }};
-        const auto subtract =
-            Do{[&](S& s) { s -= edit.other; }, [&](T& t) { Combine(t, others, 1, 0, 0); }};
-        const auto intersect =
-            Do{[&](S& s) { s &= edit.other; }, [&](T& t) { Combine(t, others, 0, 1, 0); }};
-        const auto differ =
-            Do{[&](S& s) { s ^= edit.other; }, [&](T& t) { Combine(t, others, 1, 0, 1); }};
+        const auto insert = [&](auto& s) { s.Insert(v); };
         if constexpr (kBits) {
-            const auto range = Do{[&](S& s) { s.SetFromTo(low, high); },
-                                  [&](T& t) {
-                                      for (unsigned bit = low; bit <= high; ++bit)
-                                          t.insert(int(bit));
-                                      if (low > high && low / 32 != high / 32)
-                                          for (unsigned bit = high & ~31u; bit <= high; ++bit)
-                                              t.insert(int(bit));
-                                  }};
-            const auto relate =
-                Do{[&](S& s) {
-                       return (s.Contains(edit.other) ? 1 : 0) + (s.HasOverlap(edit.other) ? 2 : 0);
-                   },
-                   [&](T& t) {
-                       const auto in = [&](int m) { return t.contains(m); };
-                       return (std::all_of(others.begin(), others.end(), in) ? 1 : 0) +
-                              (std::any_of(others.begin(), others.end(), in) ? 2 : 0);
-                   }};
-            const auto seek =
-                Do{[&](S& s) {
-                       unsigned up = low, down = low;
-                       omi_BlkBitVectTrav walk(&s);
-                       if (!walk.SetCurrent(up, true)) up = ~0u;
-                       if (!walk.SetCurrent(down, false)) down = ~0u;
-                       return std::pair(up, down);
-                   },
-                   [&](T& t) {
-                       const auto above = t.lower_bound(v), below = t.upper_bound(v);
-                       return std::pair(above == t.end() ? ~0u : unsigned(*above),
-                                        below == t.begin() ? ~0u : unsigned(*std::prev(below)));
-                   }};
-            if (p.OneIn(2)) return edit.OneOf(range, relate, seek);
+            const unsigned from = v, to = from + p.Below(300) - std::min(from, 40u);
+            const auto range = [&](auto& s) { s.SetFromTo(from, to); };
+            const auto seek = [&](auto& s) { return s.Around(from); };
+            const auto relate = [&](auto& s) {
+                return std::pair(s.Contains(run.Other(s)), s.HasOverlap(run.Other(s)));
+            };
+            if (p.OneIn(2)) return run.OneOf(range, relate, seek);
         } else {
-            const auto several = Do{[&](S& s) {
-                                        if constexpr (requires { s.Insert(numbers, 8); })
-                                            s.Insert(numbers, 8);
-                                        else
-                                            s += S(numbers, 8);
-                                    },
-                                    [&](T& t) { t.insert(numbers, numbers + 8); }};
-            const auto rebuild = Do{[&](S& s) { s = S(edit.other.begin(), edit.other.end()); },
-                                    [&](T& t) { t = others; }};
-            if (p.OneIn(4)) return edit.OneOf(several, rebuild);
+            if (p.OneIn(4)) return run.Both([&]<class S>(S& s) { s += S(numbers, 8); });
         }
-        p.OneIn(3) ? edit.OneOf(add, subtract, intersect, differ, clear)
-                   : edit.OneOf(insert, insert, insert, remove, read);
+        if (p.OneIn(3))
+            return run.OneOf([&](auto& s) { s += run.Other(s); },
+                             [&](auto& s) { s -= run.Other(s); },
+                             [&](auto& s) { s &= run.Other(s); },
+                             [&](auto& s) { s ^= run.Other(s); }, [](auto& s) { s.Clear(); });
+        run.OneOf(
+            insert, insert, insert, [&](auto& s) { s.Remove(v); },
+            [&](auto& s) { return s.IsMember(v); });
     }
 };
 
 struct GeneratedModel {
     using Value = omi_GeneratedSet;
-    struct Range {
-        int start, end, step;
+    struct Twin : std::vector<int> {  // the members, in 64 bits, in which nothing wraps
+        int count = 0;
+        void Insert(std::int64_t start, std::int64_t end, std::int64_t step) {
+            ++count;
+            if (step == 0 || (start == 1 && end == 0)) return;
+            const std::int64_t n = (start < end ? end - start : start - end) / std::abs(step);
+            for (std::int64_t i = 0, by = start < end ? std::abs(step) : -std::abs(step); i <= n;
+                 ++i)
+                push_back(static_cast<int>(start + i * by));
+        }
+        void operator+=(const Twin& other) {
+            count += other.count;
+            insert(end(), other.begin(), other.end());
+        }
+        void Clear() { *this = Twin(); }
     };
-    using Twin = std::vector<Range>;
 
-    // In 64 bits, in which nothing wraps.
-    static std::vector<int> Members(const Range& r) {
-        std::vector<int> members;
-        const std::int64_t step = r.step < 0 ? -std::int64_t{r.step} : r.step;
-        if (step == 0 || (r.start == 1 && r.end == 0)) return members;
-        if (r.start <= r.end)
-            for (std::int64_t v = r.start; v <= r.end; v += step)
-                members.push_back(static_cast<int>(v));
-        else
-            for (std::int64_t v = r.start; v >= r.end; v -= step)
-                members.push_back(static_cast<int>(v));
-        return members;
-    }
     static bool Same(const Value& set, const Twin& twin) {
-        std::vector<int> members;
-        for (const Range& range : twin)
-            for (const int each : Members(range)) members.push_back(each);
-        const std::set<int> sorted(members.begin(), members.end());
+        const std::set<int> sorted(twin.begin(), twin.end());
         for (const int v : {-40, -7, -1, 0, 1, 2, 5, 30, 2147483647, -2147483647 - 1})
             if (set.IsMember(v) != sorted.contains(v)) return false;
-        return set.Count() == static_cast<int>(twin.size()) && Listed(set) == members;
+        return set.Count() == twin.count && Equal(set, twin);
     }
 
-    static void Step(Edit<GeneratedModel>& edit) {
-        using S = Value;
-        using T = Twin;
-        Program& p = edit.p;
-        Range r{p.Int(-40, 40), p.Int(-40, 40), p.Int(-7, 7)};
-        if (p.OneIn(8))
-            r = {static_cast<int>(p.Key()), static_cast<int>(p.Key()),
-                 p.OneIn(2) ? 2147483647 : -2147483647 - 1};
-        const auto clear = Do{[](S& s) { s.Clear(); }, [](T& t) { t.clear(); }};
-        if (edit.twin.size() > 20) return edit.Both(clear);
-        const auto insert =
-            Do{[&](S& s) { s.Insert(r.start, r.end, r.step); }, [&](T& t) { t.push_back(r); }};
-        const auto append = Do{[&](S& s) { s += edit.other; },
-                               [&](T& t) {
-                                   const T o = edit.otherTwin;
-                                   t.insert(t.end(), o.begin(), o.end());
-                               }};
-        edit.OneOf(insert, insert, append);
+    static void Step(Run<GeneratedModel>& run) {
+        Program& p = run.p;
+        int start = p.Int(-40, 40), end = p.Int(-40, 40), step = p.Int(-7, 7);
+        if (p.OneIn(8)) {
+            start = static_cast<int>(p.Key());
+            end = static_cast<int>(p.Key());
+            step = p.OneIn(2) ? 2147483647 : -2147483647 - 1;
+        }
+        const auto insert = [&](auto& s) { s.Insert(start, end, step); };
+        if (run.ToEdit().count > 20) return run.Both([](auto& s) { s.Clear(); });
+        run.OneOf(insert, insert, [&](auto& s) { s += run.Other(s); });
     }
 };
 
 }  // namespace
 
 std::vector<Model> Sets() {
-    return {{"Set", 5596820317359096490u, Run<SetModel<omi_Set>>::Of},
-            {"SparseSet", 5596820317359096490u, Run<SetModel<omi_SparseSet>>::Of},
-            {"BitVector", 6184404238106183282u, Run<SetModel<Bits>>::Of},
+    return {{"Set", 15041978245915909347u, Run<SetModel<omi_Set>>::Of},
+            {"SparseSet", 15041978245915909347u, Run<SetModel<omi_SparseSet>>::Of},
+            {"BitVector", 5080931090622675744u, Run<SetModel<Bits>>::Of},
             {"GeneratedSet", 4413232788417285856u, Run<GeneratedModel>::Of}};
 }
 
