@@ -119,7 +119,7 @@ T& omi_Singleton<T>::Instance() {
 
 #define KZM_DECLARE_SINGLETON(...)                        \
     extern template class omi_SingletonBase<__VA_ARGS__>; \
-    extern template class omi_Singleton<__VA_ARGS__>;
+    extern template class KZM_API omi_Singleton<__VA_ARGS__>;
 #define KZM_DEFINE_SINGLETON(...)                  \
     template class omi_SingletonBase<__VA_ARGS__>; \
     template class omi_Singleton<__VA_ARGS__>;
