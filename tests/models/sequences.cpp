@@ -133,25 +133,29 @@ struct ListModel {
         if (length > 500) return run.Both([&](auto& l) { l.Resize(i); });
         if (length > 0 && p.OneIn(2))
             return run.OneOf([&](auto& l) { l.Get(i) = made; },
-                             [&](auto& l) { l.SetFromArray(&l.ConstGet(i), 1); },
+
                              [&](auto& l) { l.RemoveIndex(i); }, [](auto& l) { l.Pop(); },
                              [&](auto& l) { l.RemoveMember(l.ConstGet(i)); },
                              [&](auto& l) { l = l.Slice(i / 4, l.Length() - i / 4); },
                              [](auto& l) { return l.FindMember(l.ConstGet(l.Length() - 1)); });
+        if (p.OneIn(16))  // seldom, for long lists
+            return run.OneOf(
+                [&](auto& l) { l.Fill(i, v(l)); }, [&](auto& l) { l.SetFromArray(&v(l), 1); },
+                [&]<class L>(L& l) { l = L(cow_ListConstruct(), size); },
+                [&](auto& l) { l = l.Difference(run.Other(l)); }, [&](auto& l) { l.Resize(size); },
+                [&]<class L>(L& l) { l = l.Difference(L(v(l))); },
+                [&]<class L>(L& l) { l = L(run.Other(l).begin(), run.Other(l).end()); });
         const auto prepend = [&](auto& l) { l.Prepend(v(l)); };
         const auto append = [&](auto& l) { l.Append(v(l)); };
         if (!isOwn && p.OneIn(4))
-            for (unsigned n = p.Below(48), back = p.Below(2); n > 0; --n)
-                back ? run.Both(append) : run.Both(prepend);
+            for (unsigned n = p.Below(48), back = p.Below(2); n > 0; --n) {
+                const T each = As<T>(p.Int(0, 9));
+                run.Both([&](auto& l) { back ? void(l.Append(each)) : void(l.Prepend(each)); });
+            }
         run.OneOf(
             append, prepend, [&](auto& l) { l.InsertIndex(i, v(l)); },
             [&](auto& l) { l.AppendUnlessMember(v(l)); },
-            [&](auto& l) { l.Concatenate(run.Other(l)); }, [&](auto& l) { l.Fill(i, v(l)); },
-            [&]<class L>(L& l) { l = L(cow_ListConstruct(), size); },
-            [&](auto& l) { l.Resize(size); }, [](auto& l) { l.Sort(); },
-            [&](auto& l) { l = l.Difference(run.Other(l)); },
-            [&]<class L>(L& l) { l = l.Difference(L(v(l))); },
-            [&]<class L>(L& l) { l = L(run.Other(l).begin(), run.Other(l).end()); });
+            [&](auto& l) { l.Concatenate(run.Other(l)); }, [](auto& l) { l.Sort(); });
     }
 };
 
@@ -232,10 +236,10 @@ struct ArrayModel {
 std::vector<Model> Sequences() {
     return {
         {"String", 5592916861327902450u, Run<StringModel>::Of},
-        {"ListOfInt", 7692984806796034629u, Run<ListModel<int>>::Of},
-        {"ListOfDouble", 10519543227189144959u, Run<ListModel<double>>::Of},
-        {"ListOfString", 3429063210911406703u, Run<ListModel<cow_String>>::Of},
-        {"ListOfBoxed", 7692984806796034629u, Run<ListModel<Boxed>>::Of},
+        {"ListOfInt", 17931418331939303682u, Run<ListModel<int>>::Of},
+        {"ListOfDouble", 14435612045041795332u, Run<ListModel<double>>::Of},
+        {"ListOfString", 12989434470234003002u, Run<ListModel<cow_String>>::Of},
+        {"ListOfBoxed", 17931418331939303682u, Run<ListModel<Boxed>>::Of},
         {"FixedArrayOfDouble", 14649764833696425593u, Run<ArrayModel<cow_FixedArray<double>>>::Of},
         {"FixedArrayOfString", 7822925225923757920u,
          Run<ArrayModel<cow_FixedArray<cow_String>>>::Of},
