@@ -46,8 +46,8 @@ public:
         if (m_word && !PreviousInBlock()) PreviousBlock();
     }
 
-    // To the lowest member of the next block, or the highest of the block before; from nowhere, of
-    // the first or last one.
+    // To the lowest member of the next block, or the highest of the block before; before the first
+    // move only the first block is found, beyond an end only the one that was left.
     void NextBlock() { *this = FromSlot(m_table, m_slot + 1); }
     void PreviousBlock() { *this = DownFromSlot(m_table, m_slot - 1); }
 

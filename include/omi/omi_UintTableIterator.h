@@ -53,8 +53,8 @@ public:
     const V& CurrentValue() const { return m_compare ? *m_sorted.Current().value : m_walk.Value(); }
 
     // In key order: goes on to the lowest key of the next block, or to the highest of the block
-    // before; from nowhere, of the first or last. False, and IsDone, if there is none. With a
-    // comparison function: false.
+    // before. Before the first move only NextBlock finds one, the first; beyond an end only the
+    // step back does. False, and IsDone, if there is none, and with a comparison function.
     bool NextBlock();
     bool PreviousBlock();
 
