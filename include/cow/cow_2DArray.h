@@ -16,12 +16,15 @@ class cow_2DArrayRep {
     using Storage = cow_ArrayStorage<T>;
 
 public:
+    // Without a value the elements are T(), numbers among them left uninitialised. Negative sizes
+    // read as 0.
     cow_2DArrayRep(int rows, int cols)
         : m_rows(std::max(rows, 0)), m_cols(std::max(cols, 0)), m_data(Storage::Blank(Count())) {}
     cow_2DArrayRep(int rows, int cols, const T& v)
         : m_rows(std::max(rows, 0)),
           m_cols(std::max(cols, 0)),
           m_data(Storage::Filled(Count(), v)) {}
+    // Copy every element; an assignment that runs out of memory changes nothing.
     cow_2DArrayRep(const cow_2DArrayRep& other)
         : m_rows(other.m_rows),
           m_cols(other.m_cols),
@@ -37,6 +40,8 @@ public:
     }
     ~cow_2DArrayRep() { Storage::Delete(m_data, Count()); }
 
+    // The shape, the elements row by row (null where there are none) and how many they are. Count
+    // throws std::bad_alloc where size_t cannot hold the number.
     int Rows() const { return m_rows; }
     int Cols() const { return m_cols; }
     T* Data() { return m_data; }
@@ -76,6 +81,7 @@ public:
     using iterator = const T*;
 
     cow_2DArray(int rows, int cols, const T& v) : m_rep(NewRep(rows, cols, v)) {}  // < 0 as 0
+    // Copies share all elements: two pointers and an increment.
     cow_2DArray(const cow_2DArray& other) noexcept : m_rep(other.m_rep) {}
     cow_2DArray(cow_2DArray&& other) noexcept
         : m_rep(other.m_rep) {}  // shares: other stays a value
@@ -84,6 +90,7 @@ public:
         return *this;
     }
 
+    // The shape, never negative. O(1).
     int Rows() const { return m_rep.ConstGet().Rows(); }
     int Cols() const { return m_rep.ConstGet().Cols(); }
 

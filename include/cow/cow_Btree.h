@@ -24,13 +24,17 @@ int BtreeCompare(T a, T b) { return b > a ? 1 : a > b ? -1 : 0; }
 // The same for the length of a descent, with one look at the switch of natural order.
 template <class K>
 struct cow_BtreeOrder {
+    // The sign of b against a.
     int operator()(const K& a, const K& b) const { return BtreeCompare(a, b); }
 };
+// For texts; the order is the one that is switched on when this is made.
 template <std::derived_from<atr_StringBase> K>
 struct cow_BtreeOrder<K> {
+    // The sign of b against a.
     int operator()(const K& a, const K& b) const {
         return m_natural ? strnatcmp(b.CStr(), a.CStr()) : b.Compare(a);
     }
+    // Whether the order is the natural one.
     const bool m_natural = atr_getNaturalOrder() != 0;
 };
 
@@ -43,9 +47,11 @@ class cow_BtreeWay;
 template <class K, class V>
 class cow_BtreeNode : public cow_KeyValue<K, V> {
 public:
+    // What iterators show of a node, and what holds it: a null handle is an empty subtree.
     using Entry = cow_KeyValue<K, V>;
     using Handle = cow_COW<cow_BtreeNode, cow_Direct<cow_BtreeNode>>;
 
+    // Without children.
     cow_BtreeNode(const K& k, const V& v)
         : Entry{k, v}, m_left(nullptr), m_right(nullptr), m_depth(0) {}
     cow_BtreeNode(const cow_BtreeNode& other);  // shares the children
@@ -94,6 +100,7 @@ public:
     // children count the same. The children's depths must be up to date. If the deeper child cannot
     // be copied, nothing has changed.
     Handle* Balance(Handle* self);
+    // Whether the depths of the children differ by more than one.
     bool NeedsBalance() const { return std::abs(RightHeight() - LeftHeight()) > 1; }
 
     // Computes the own depth anew from the children's.
@@ -133,6 +140,7 @@ private:
 template <class K, class V>
 class cow_Btree {
 public:
+    // For code that walks the nodes by itself, from Root on.
     using Node = cow_BtreeNode<K, V>;
     using Handle = typename Node::Handle;
     using key_type = K;
@@ -143,6 +151,7 @@ public:
     using const_iterator = cow_BtreeWalk<Node>;
     using iterator = const_iterator;
 
+    // Takes no memory but a counter.
     cow_Btree() : m_root(static_cast<Node*>(nullptr)) {}
     cow_Btree(const cow_Btree& other) = default;
 
@@ -168,6 +177,7 @@ public:
     // another thread make a V() there.
     static const V& GetNullValue();
 
+    // IsEmpty is O(1), IsMember a look-up. Neither copies anything. A tree does not know its size.
     bool IsEmpty() const { return m_root.IsNull(); }
     bool IsMember(const K& key) const { return FindValue(key) != nullptr; }
 

@@ -18,8 +18,10 @@ class cow_BtreeIterator {
 public:
     using const_iterator = typename cow_Btree<K, V>::const_iterator;
 
+    // Stands on the first entry, or is done if there is none.
     explicit cow_BtreeIterator(const cow_Btree<K, V>& tree) : m_tree(tree), m_walk(tree.begin()) {}
     cow_BtreeIterator(const cow_BtreeIterator& other) = default;
+    // The other tree and the other position. Copies share the tree.
     cow_BtreeIterator& operator=(const cow_BtreeIterator& other) {
         m_walk = other.m_walk;
         m_tree = other.m_tree;
@@ -27,10 +29,13 @@ public:
     }
     ~cow_BtreeIterator() = default;
 
+    // Moves, which answer whether there is an entry where they arrived. Next and Previous of an
+    // iterator that is done do nothing.
     bool First() { return m_walk.First(); }
     bool Last() { return m_walk.Last(); }
     bool Next() { return m_walk.Next(); }
     bool Previous() { return m_walk.Previous(); }
+    // Whether it stands on no entry.
     bool IsDone() const { return m_walk.IsDone(); }
 
     // These two need a current entry (checked in debug builds).

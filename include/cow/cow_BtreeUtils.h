@@ -6,6 +6,7 @@
 template <class K, class V>
 class cow_BtreeUtils {
 public:
+    // The key and the value at equal positions belong together. O(n).
     static cow_List<K> cow_Keys(const cow_Btree<K, V>& tree);
     static cow_List<V> cow_Values(const cow_Btree<K, V>& tree);
 };

@@ -71,6 +71,7 @@ public:
         return !IsDone();
     }
 
+    // Whether it stands on no entry; the node it stands on, null if there is none.
     bool IsDone() const { return m_path.Empty(); }
     const Node* CurrentNode() const { return IsDone() ? nullptr : m_path.Top(); }
 

@@ -4,6 +4,8 @@
 // The copy policy of every container of this library: the referent's copy constructor.
 template <class T>
 struct cow_Direct {
+    // A new T in a block of mem_OperatorNewThrow, as cow_CountedHld takes it over. If the
+    // constructor throws, the block is given back.
     static T* Copy(const T& value) {
         void* const block = mem_OperatorNewThrow(sizeof(T));
         try {
@@ -26,12 +28,16 @@ class cow_COW : public cow_CountedHld<T> {
     using Base = cow_CountedHld<T>;
 
 public:
+    // Holds a copy of the value, made by the policy.
     cow_COW(const T& value) : Base(Policy::Copy(value)) {}
+    // Takes ownership of `p`, as cow_CountedHld does; null is allowed.
     cow_COW(T* p) : Base(p) {}
+    // Share the referent; an rvalue keeps its share.
     cow_COW(const cow_COW& other) noexcept : Base(other) {}
     cow_COW(cow_COW&& other) noexcept : Base(other) {}
 
     using Base::operator=;
+    // Shares, and drops the share it had.
     cow_COW& operator=(const cow_COW& other) noexcept {
         Base::operator=(other);
         return *this;
@@ -45,6 +51,7 @@ public:
         return *this->GetPtr();
     }
 
+    // For reading: never detaches. The handle must have a value.
     const T& ConstGet() const { return *this->GetPtr(); }
 
 private:

@@ -25,6 +25,7 @@ public:
     // before the exception leaves.
     cow_CountedHld(T* p) : m_counter(NewCounter(p)), m_referent(p) {}
 
+    // Shares, null as well.
     cow_CountedHld(const cow_CountedHld& other) noexcept
         : m_counter(other.m_counter), m_referent(other.m_referent) {
         m_counter->Increment();
@@ -59,17 +60,23 @@ public:
 
     ~cow_CountedHld() { DropReference(); }
 
+    // Whether no other holder shares the referent.
     bool Exclusive() const { return m_counter->m_count == 1; }
+    // The referent, for all who share it: nothing is copied. GetRef needs a value.
     T* GetPtr() const { return m_referent; }
     const T& GetRef() const { return *m_referent; }
+    // Whether the referent is there, or null.
     bool HasValue() const { return m_referent != nullptr; }
     bool IsNull() const { return m_referent == nullptr; }
 
 protected:
+    // Gives up the share; the last one destroys referent and counter. The holder must be assigned
+    // its fields, or end, afterwards.
     void DropReference() {
         if (m_counter->Decrement()) Delete();
     }
 
+    // Destroys referent and counter whoever shares them, and makes both pointers null.
     void Delete() {
         DeleteReferent();
         m_referent = nullptr;

@@ -7,8 +7,10 @@
 // belong to one thread at a time.
 class KZM_API cow_Counter {
 public:
+    // Counts one holder.
     cow_Counter() : m_count(1) {}
 
+    // One more and one holder less. No test for overflow: 2147483647 holders at the most.
     void Increment() { ++m_count; }
     bool Decrement() { return --m_count == 0; }  // true when the last holder has gone
 

@@ -19,9 +19,12 @@ class cow_FixedArrayRep {
     using Storage = cow_ArrayStorage<T>;
 
 public:
+    // Without a value the elements are T(), numbers among them left uninitialised. Negative sizes
+    // read as 0.
     explicit cow_FixedArrayRep(int n) : m_size(std::max(n, 0)), m_data(Storage::Blank(Count())) {}
     cow_FixedArrayRep(int n, const T& v)
         : m_size(std::max(n, 0)), m_data(Storage::Filled(Count(), v)) {}
+    // Copy every element; an assignment that runs out of memory changes nothing.
     cow_FixedArrayRep(const cow_FixedArrayRep& other)
         : m_size(other.m_size), m_data(Storage::Copy(other.m_data, other.Count())) {}
     cow_FixedArrayRep& operator=(const cow_FixedArrayRep& other) {
@@ -34,6 +37,7 @@ public:
     }
     ~cow_FixedArrayRep() { Storage::Delete(m_data, Count()); }
 
+    // How many elements there are, and where; null where there are none.
     int Size() const { return m_size; }
     T* Data() { return m_data; }
     const T* Data() const { return m_data; }
@@ -70,21 +74,27 @@ public:
     using const_iterator = const T*;
     using iterator = const T*;
 
+    // Without elements.
     cow_FixedArray() : m_rep(NewRep(0)) {}
+
     cow_FixedArray(int n, const T& v) : m_rep(NewRep(n, v)) {}  // negative n as 0
+    // The elements of the range, converted to T.
     template <std::forward_iterator It>
     requires std::convertible_to<std::iter_reference_t<It>, T> cow_FixedArray(It first, It last)
         : m_rep(NewRep(CountOf(first, last))) {
         std::copy(first, last, m_rep.Get().Data());
     }
+    // Share all elements: two pointers and an increment.
     cow_FixedArray(const cow_FixedArray& other) noexcept : m_rep(other.m_rep) {}
     // Shares: other stays a value.
     cow_FixedArray(cow_FixedArray&& other) noexcept : m_rep(other.m_rep) {}
+    // Shares, and drops the share it had.
     cow_FixedArray& operator=(const cow_FixedArray& other) noexcept {
         m_rep = other.m_rep;
         return *this;
     }
 
+    // The number of elements, never negative. O(1).
     int Size() const { return m_rep.ConstGet().Size(); }
 
     // Indices are not checked. ConstGet and the iterators never copy; Get makes the array private

@@ -17,11 +17,14 @@ COW_INT_MULTI_MAP_REFERENTS(COW_DECLARE_INT_MULTI_MAP)
 // cow_IntTableInt; the copy that a first write makes also compacts the chains of values.
 class KZM_API cow_IntMultiMapInt {
 public:
+    // What copies share.
     using Map = omi_IntMultiMap<int, KZMBasOmiDefaultAllocator>;
     using const_iterator = Map::const_iterator;
     using value_type = Map::value_type;
 
+    // Empty; makes the map that copies will share.
     cow_IntMultiMapInt();
+
     template <std::input_iterator It>  // over pairs; inserts them in order
     cow_IntMultiMapInt(It first, It last) : cow_IntMultiMapInt() {
         for (; first != last; ++first) {
@@ -30,6 +33,7 @@ public:
         }
     }
 
+    // Ask without copying. A pair is looked for along the chain of its key.
     bool IsEmpty() const { return Read().IsEmpty(); }
     int Size() const { return Read().Size(); }  // pairs
     bool IsMember(const int& key) const { return Read().IsMember(key); }
@@ -79,6 +83,7 @@ public:
         const int v = value;
         return m_map.Get().Remove(k, v);
     }
+    // Removes every pair.
     void Clear() { m_map.Get().Clear(); }
 
 private:

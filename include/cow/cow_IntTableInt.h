@@ -23,11 +23,14 @@ COW_INT_TABLE_REFERENTS(COW_DECLARE_INT_TABLE)
 // be values of the table. One thread at a time for a table and all its copies.
 class KZM_API cow_IntTableInt {
 public:
+    // What copies share.
     using Table = omi_IntTable<int, KZMBasOmiDefaultAllocator>;
     using const_iterator = Table::const_iterator;
     using value_type = Table::value_type;
 
+    // Empty; makes the table that copies will share.
     cow_IntTableInt();
+
     template <std::input_iterator It>  // over pairs; of equal keys the last value stays
     cow_IntTableInt(It first, It last) : cow_IntTableInt() {
         for (; first != last; ++first) {
@@ -36,6 +39,7 @@ public:
         }
     }
 
+    // Ask without copying. O(1).
     bool IsEmpty() const { return Read().IsEmpty(); }
     int Size() const { return Read().Size(); }
     bool IsMember(const int& key) const { return Read().IsMember(key); }
@@ -67,10 +71,12 @@ public:
         const int v = value;
         return m_table.Get().Insert(k, v);
     }
+    // True if the key was a member.
     bool Remove(const int& key) {
         const int k = key;
         return m_table.Get().Remove(k);
     }
+    // Removes every member; the table is made private first, as by all writing.
     void Clear() { m_table.Get().Clear(); }
 
 private:

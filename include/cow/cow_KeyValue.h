@@ -4,6 +4,7 @@
 // with structured bindings: for (const auto& [key, value] : map) ...
 template <class K, class V>
 struct cow_KeyValue {
+    // In memory order; containers hand entries out as constants.
     K key;
     V value;
     bool operator==(const cow_KeyValue&) const = default;

@@ -85,8 +85,11 @@ public:
     using iterator = cow_ListConstIterator<T>;
     using const_iterator = cow_ListConstIterator<T>;
 
+    // Empty. Memory for elements comes with the first of them.
     cow_List() { Initialize(0); }
+
     cow_List(cow_ListConstruct, int n) { Initialize(n); }  // empty; a hint, not a limit
+    // Lists of one to five elements. A single T converts to a list.
     cow_List(const T& a) : cow_List(cow_ListConstruct(), 1) { Append(a); }
     cow_List(const T& a, const T& b) : cow_List(cow_ListConstruct(), 2) { Append(a).Append(b); }
     cow_List(const T& a, const T& b, const T& c) : cow_List(cow_ListConstruct(), 3) {
@@ -99,6 +102,7 @@ public:
         : cow_List(cow_ListConstruct(), 5) {
         Append(a).Append(b).Append(c).Append(d).Append(e);
     }
+    // One element for each in the braces, of which there may be none.
     cow_List(std::initializer_list<T> elements)
         : cow_List(cow_ListConstruct(), CheckedCount(elements.size())) {
         SetFromArray(elements.begin(), static_cast<int>(elements.size()));
@@ -110,6 +114,8 @@ public:
         : cow_List(cow_ListConstruct(), CountOf(first, last)) {
         for (; first != last; ++first) Append(*first);
     }
+    // Copies share the table and every block: six fields and an increment. An rvalue is copied too,
+    // so a moved-from list keeps its elements.
     cow_List(const cow_List& other) noexcept
         : m_length(other.m_length),
           m_tableSlots(other.m_tableSlots),
@@ -126,6 +132,7 @@ public:
     }
     ~cow_List() { ReleaseTable(); }
 
+    // The number of elements, at most 2147483647. O(1).
     int Length() const { return m_length; }
 
     // No copying, O(1).
@@ -148,15 +155,19 @@ public:
         return *Cell(i);
     }
 
+    // Ends the process unless 0 <= i < Length(). For a loop over the unchecked accessors: test
+    // once.
     void CheckIndex(int i) const {
         if (static_cast<unsigned>(i) >= static_cast<unsigned>(m_length)) RaiseOutOfRange();
     }
+
     [[noreturn]] static void RaiseOutOfRange();  // abort()
 
     // Constant iterators: reading through them never copies. O(1) per step.
     const_iterator begin() const { return const_iterator(*this, 0); }
     const_iterator end() const { return const_iterator(*this, m_length); }
 
+    // Searches with ==, from the front: O(n).
     bool IsMember(const T& v) const { return FindMember(v) >= 0; }
     int FindMember(const T& v) const;  // the first index, -1 where there is none
 
@@ -175,9 +186,11 @@ public:
     T* GetCArray(int& n) const;
     static void ReleaseCArray(T* elements, int n);
 
-    // The slot behind the last element is nearly always there and private; the test for the table
-    // is that Resize would leave it as it is.
+    // Append and Prepend add at either end, O(1) on average, and move no element; v may be an
+    // element. AppendUnlessMember looks for v first, with ==: O(n).
     cow_List& Append(const T& v) {
+        // The slot behind the last element is nearly always there and private; the test for the
+        // table is that Resize would leave it as it is.
         const int position = m_offset + m_length;
         const int slot = position >> m_blockShift;
         if (*m_tableCount == 1 && (slot | 15) == m_tableSlots - 1 && position != kLastPosition)
@@ -206,7 +219,10 @@ public:
         }
         return PrependToNewSlot(v);
     }
+
     cow_List& InsertIndex(int i, const T& v);  // v becomes element i; i is at most Length()
+
+    // Appends copies of the other's elements, a block at a time; the list may be its own `other`.
     cow_List& Concatenate(const cow_List& other);
 
     // The list becomes n elements; a negative n ends the process.
@@ -217,9 +233,13 @@ public:
     // emptied list forgets its block size. A negative n ends the process.
     cow_List& Resize(int n);
 
+    // RemoveIndex closes the gap: the elements behind move by one. Pop returns the last element,
+    // RemoveLast drops it. A bad index and an empty list end the process.
     cow_List& RemoveIndex(int i);
     cow_List& RemoveLast();
+    // Searches from the front: O(n).
     cow_List& RemoveMember(const T& v);  // the first occurrence, if there is one
+    // The last element, which leaves the list. An empty list ends the process.
     T Pop();
 
     // Ascending by SortCmp. Equal elements, and those that < does not order such as NaN, end in no
@@ -307,6 +327,7 @@ private:
     Block** m_table;             // m_tableSlots entries, null where no block is; null for 0
 };
 
+// As IsEqual.
 template <class T>
 bool operator==(const cow_List<T>& a, const cow_List<T>& b) {
     return a.IsEqual(b);

@@ -19,10 +19,12 @@ public:
     using pointer = const T*;
     using reference = const T&;
 
+    // Belongs to no list: to be assigned before anything else.
     cow_ListConstIterator() = default;
 
     reference operator*() const { return *m_item; }
     pointer operator->() const { return m_item; }
+    // The element n places from here, which must exist. O(1).
     reference operator[](difference_type n) const { return *(*this + n); }
 
     cow_ListConstIterator& operator++() {
@@ -46,12 +48,14 @@ public:
         --*this;
         return before;
     }
+    // Any place from begin() to end(). O(1): one look at the block table.
     cow_ListConstIterator& operator+=(difference_type n) {
         MoveTo(Index() + n);
         return *this;
     }
     cow_ListConstIterator& operator-=(difference_type n) { return *this += -n; }
 
+    // Places and distances within one list.
     friend cow_ListConstIterator operator+(cow_ListConstIterator it, difference_type n) {
         return it += n;
     }
@@ -65,6 +69,7 @@ public:
                                      const cow_ListConstIterator& b) {
         return a.Index() - b.Index();
     }
+    // Iterators of one list, by place.
     friend bool operator==(const cow_ListConstIterator& a, const cow_ListConstIterator& b) {
         return a.m_item == b.m_item;
     }

@@ -11,7 +11,9 @@ class cow_ListIter {
 public:
     cow_ListIter(const cow_List<T>& list) : m_list(list) { First(); }  // at the first element
 
+    // Back to the first element.
     void First() { EnterBlockOf(0); }
+    // Whether there is a current element.
     bool NotDone() const { return m_index < m_list.m_length; }
 
     // Does nothing at the end.

@@ -23,14 +23,18 @@ inline bool cow_MapBit(int key, int i) { return cow_MapBit(static_cast<unsigned 
 template <class K, class V>
 class cow_MapNode : public cow_KeyValue<K, V> {
 public:
+    // What iterators show of a node, and what holds it: a null handle is an empty subtree.
     using Entry = cow_KeyValue<K, V>;
     using Handle = cow_COW<cow_MapNode, cow_Direct<cow_MapNode>>;
 
+    // Without children.
     cow_MapNode(const K& k, const V& v) : Entry{k, v}, m_child0(kNone), m_child1(kNone) {}
     cow_MapNode(const cow_MapNode& other) = default;  // shares the children
     cow_MapNode& operator=(const cow_MapNode&) = delete;
     ~cow_MapNode();
 
+    // The subtrees of keys whose bit at this depth is 0 or 1. Whoever writes through them keeps
+    // keys where cow_MapBit finds them.
     const Handle& Child0() const { return m_child0; }
     const Handle& Child1() const { return m_child1; }
     Handle& Child(bool bit) { return bit ? m_child1 : m_child0; }
@@ -61,6 +65,7 @@ private:
 template <class K, class V>
 class cow_Map {
 public:
+    // For code that walks the nodes by itself, from Root on.
     using Node = cow_MapNode<K, V>;
     using Handle = typename Node::Handle;
     using key_type = K;
@@ -71,6 +76,7 @@ public:
     using const_iterator = cow_MapWalk<Node>;
     using iterator = const_iterator;
 
+    // Takes no memory but a counter.
     cow_Map() : m_root(static_cast<Node*>(nullptr)), m_size(0) {}
     cow_Map(const cow_Map& other) = default;
 
@@ -94,6 +100,7 @@ public:
     }
     ~cow_Map() = default;
 
+    // Size and IsEmpty are O(1), IsMember a look-up. None of them copies anything.
     int Size() const { return m_size; }
     bool IsEmpty() const { return m_size == 0; }
     bool IsMember(const K& key) const { return FindNode(key) != nullptr; }
@@ -135,6 +142,7 @@ public:
         return true;
     }
 
+    // The topmost node and what holds it, for code that walks the nodes by itself.
     const Handle& RootHandle() const { return m_root; }
     const Node* Root() const { return m_root.GetPtr(); }  // null for an empty map
 

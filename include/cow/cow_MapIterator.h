@@ -17,8 +17,10 @@ class cow_ConstMapIterator {
 public:
     using const_iterator = typename cow_Map<K, V>::const_iterator;
 
+    // Stands on the first entry, or is done if there is none.
     explicit cow_ConstMapIterator(const cow_Map<K, V>& map) : m_map(map), m_walk(map.begin()) {}
     cow_ConstMapIterator(const cow_ConstMapIterator& other) = default;
+    // The other map and the other position. Copies share the map.
     cow_ConstMapIterator& operator=(const cow_ConstMapIterator& other) {
         m_walk = other.m_walk;
         m_map = other.m_map;
@@ -26,10 +28,13 @@ public:
     }
     ~cow_ConstMapIterator() = default;
 
+    // Back to the first entry.
     void First() { m_walk = m_map.begin(); }
+
     void Next() {  // nothing happens at the end
         if (!IsDone()) ++m_walk;
     }
+    // Whether it stands on no entry.
     bool IsDone() const { return m_walk.IsDone(); }
 
     // These two need a current entry (checked in debug builds).
@@ -67,23 +72,30 @@ private:
 template <class K, class V>
 class cow_ConstMapSortedIt {
 public:
+    // The comparison gets two pointers to `const Node*` and answers below, at or above 0.
     using Node = cow_MapNode<K, V>;
     using Comparison = int (*)(const void* a, const void* b);
     class const_iterator;
 
+    // Sort at once, O(n log n), with an array of one pointer an entry. Both stand on the first
+    // entry.
     explicit cow_ConstMapSortedIt(const cow_Map<K, V>& map);  // as with AscSortCmp, and faster
     cow_ConstMapSortedIt(const cow_Map<K, V>& map, Comparison comparison);
     cow_ConstMapSortedIt(const cow_ConstMapSortedIt&) = delete;
     cow_ConstMapSortedIt& operator=(const cow_ConstMapSortedIt&) = delete;
     ~cow_ConstMapSortedIt() { mem_Free(m_nodes); }
 
+    // Comparisons by key, ascending and descending.
     static int AscSortCmp(const void* a, const void* b);
     static int DescSortCmp(const void* a, const void* b);
 
+    // Back to the first entry in order.
     void First() { m_position = 0; }
+
     void Next() {  // nothing happens at the end
         if (!IsDone()) ++m_position;
     }
+    // Whether it stands on no entry.
     bool IsDone() const { return m_position >= Nodes(); }
 
     // These two need a current entry (checked in debug builds).
@@ -96,6 +108,7 @@ public:
         return m_nodes[m_position]->value;
     }
 
+    // Entries in all.
     int Nodes() const { return m_map.Size(); }
 
     // All entries in order, whatever the position; valid as long as this object.
@@ -110,6 +123,7 @@ private:
     int m_position;
 };
 
+// Standard forward iterator over the sorted entries; lives as long as the object that sorted them.
 template <class K, class V>
 class cow_ConstMapSortedIt<K, V>::const_iterator {
 public:
@@ -119,6 +133,7 @@ public:
     using pointer = const value_type*;
     using reference = const value_type&;
 
+    // Made by begin() and end() of the sorting object; a default-constructed one is to be assigned.
     const_iterator() : m_place(nullptr) {}
     explicit const_iterator(const Node* const* place) : m_place(place) {}
 

@@ -6,6 +6,7 @@
 template <class K, class V>
 class cow_MapUtils {
 public:
+    // The key and the value at equal positions belong together. O(n).
     static cow_List<K> cow_Keys(const cow_Map<K, V>& map);
     static cow_List<V> cow_Values(const cow_Map<K, V>& map) requires
         std::default_initializable<V>;  // as list elements must be

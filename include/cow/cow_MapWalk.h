@@ -17,6 +17,7 @@ public:
     using reference = const value_type&;
 
     cow_MapWalk() : m_current(nullptr) {}  // the end of every map
+    // Stands on that node and visits all below it.
     explicit cow_MapWalk(const Node* root) : m_current(root) {}
 
     reference operator*() const { return *m_current; }
@@ -44,6 +45,7 @@ public:
         return before;
     }
 
+    // Whether it stands on no entry; the node it stands on, null if there is none.
     bool IsDone() const { return !m_current; }
     const Node* CurrentNode() const { return m_current; }
 

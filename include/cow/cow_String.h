@@ -20,9 +20,11 @@
 // its copies.
 class KZM_API cow_String : public atr_StringBase {
 public:
+    // The empty text.
     cow_String() = default;
     cow_String(const cow_String& other) = default;
     cow_String(const atr_StringBase& other) : atr_StringBase(other) {}  // shares
+    // Up to the terminator.
     cow_String(const char* s) : atr_StringBase(s) {}
     // n bytes, zero bytes included: s must have them. 2147483647 reads up to the terminator.
     cow_String(const char* s, int n) : atr_StringBase(s, n) {}
@@ -35,6 +37,7 @@ public:
     ~cow_String() = default;
 
     cow_String& operator=(const cow_String& other) = default;
+    // Takes over the text up to its terminator; `s` may lie inside of this string.
     cow_String& operator=(const char* s) {
         atr_StringBase::operator=(s);
         return *this;
@@ -50,11 +53,13 @@ public:
     // The last occurrence that starts at or before pos, -1 if there is none.
     int RFind(const char* s, int pos) const { return rfind(s, TextLength(s), pos); }
 
+    // A copy of n bytes from pos on; it shares nothing with this text.
     cow_String Substr(int pos, int n) const {
         const int from = ClampPosition(pos);
         return cow_String(CStr() + from, atr_StringBase::Substr(from, n));
     }
 
+    // Add at the end, zero bytes inside a cow_String included. O(1) a byte on average.
     cow_String& Append(const cow_String& s) {
         append(s.CStr(), s.Length(), 0, kToEnd);
         return *this;
@@ -72,6 +77,7 @@ public:
         return *this;
     }
 
+    // Removes n bytes from pos on, or the whole text.
     cow_String& Erase(int pos, int n) {
         atr_StringBase::Erase(pos, n);
         return *this;
@@ -130,6 +136,7 @@ bool cow_MapBit(const Key& key, int i) {
 }
 inline bool cow_MapBit(const cow_String& key, int i) { return cow_MapBit<cow_String>(key, i); }
 
+// Writes all bytes, in the width and fill of the stream.
 KZM_API std::ostream& operator<<(std::ostream& os, const cow_String& s);
 
 // Agrees with ==, which ends at the first zero byte.

@@ -5,9 +5,11 @@
 // Where the factory in force is kept. Clients use KZMBasUtlExceptionModel.
 class KZM_API KZMBasUtlExcModelSingleton : public omi_SingletonBase<KZMBasUtlExcModelSingleton> {
 public:
+    // Without a factory; the last stop deletes the one in force.
     KZMBasUtlExcModelSingleton();
     ~KZMBasUtlExcModelSingleton();
 
+    // What the functions of the same names in KZMBasUtlExceptionModel call.
     bool setBehavior(KZMBasUtlExceptionFactory* factory);
     void throwSystemErrorException(cow_SystemErrorCode code);
 

@@ -6,8 +6,9 @@
 // A file ended before all that was asked for could be read.
 class KZM_API KZMBasUtlShortRead : public KZMBasException, public mem_AllocationOperators {
 public:
+    // Carries nothing: there is no error number.
     KZMBasUtlShortRead();
-    KZMBasUtlShortRead(const KZMBasUtlShortRead& other);
+    KZMBasUtlShortRead(const KZMBasUtlShortRead& other);  // with the throw site
     ~KZMBasUtlShortRead() override;
 
     atr_String AsString(KZMBasStringMode mode) const override;

@@ -6,8 +6,9 @@
 // A write took nothing, although the system reported no error.
 class KZM_API KZMBasUtlShortWrite : public KZMBasException, public mem_AllocationOperators {
 public:
+    // Carries nothing: there is no error number.
     KZMBasUtlShortWrite();
-    KZMBasUtlShortWrite(const KZMBasUtlShortWrite& other);
+    KZMBasUtlShortWrite(const KZMBasUtlShortWrite& other);  // with the throw site
     ~KZMBasUtlShortWrite() override;
 
     atr_String AsString(KZMBasStringMode mode) const override;

@@ -9,7 +9,7 @@ class KZM_API KZMBasUtlSystemError : public KZMBasException, public mem_Allocati
 public:
     // The name is kept as a pointer: pass a literal.
     KZMBasUtlSystemError(const char* serviceName, KZMBasSystemError systemError);
-    KZMBasUtlSystemError(const KZMBasUtlSystemError& other);
+    KZMBasUtlSystemError(const KZMBasUtlSystemError& other);  // with the throw site
     ~KZMBasUtlSystemError() override;
 
     atr_String AsString(KZMBasStringMode mode) const override;
@@ -18,6 +18,7 @@ public:
     int GetCode() const override;
 
     const char* GetServiceName() const;  // the pointer as passed
+    // As passed.
     KZMBasSystemError GetSystemErrorCode() const;
 
 private:

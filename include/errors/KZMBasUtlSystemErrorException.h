@@ -9,7 +9,9 @@
 class KZM_API KZMBasUtlSystemErrorException : public KZMBasException,
                                               public mem_AllocationOperators {
 public:
+    // Called by a factory; a copy carries the same code.
     explicit KZMBasUtlSystemErrorException(cow_SystemErrorCode code);
+    // With the throw site.
     KZMBasUtlSystemErrorException(const KZMBasUtlSystemErrorException& other);
     ~KZMBasUtlSystemErrorException() override;
 
@@ -18,6 +20,7 @@ public:
     KZMBasException* Clone() const override;
     int GetCode() const override;
 
+    // As captured.
     cow_SystemErrorCode GetSec() const;
 
 private:

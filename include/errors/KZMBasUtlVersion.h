@@ -9,6 +9,7 @@
 //     if (!omi_Singleton<KZMBasUtlVersion>::Instance().Serves()) ...
 class KZM_API KZMBasUtlVersion : public omi_SingletonBase<KZMBasUtlVersion> {
 public:
+    // Made by the first Instance().
     KZMBasUtlVersion();
     ~KZMBasUtlVersion();
 
@@ -17,9 +18,12 @@ public:
     static void InitReleaseInfo();
     static void InitBuildInfo();
 
+    // The three numbers of the version, of which a new major one may break clients, a new minor one
+    // only while the major one is 0.
     int Major() const;
     int Minor() const;
     int Patch() const;
+
     int Number() const;        // comparable, as KZM_VERSION
     const char* Text() const;  // "1.2.3"
 

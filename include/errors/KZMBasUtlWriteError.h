@@ -7,8 +7,10 @@
 // The system refused writing to a file. Raised with Throw; see KZMBasException.
 class KZM_API KZMBasUtlWriteError : public KZMBasException, public mem_AllocationOperators {
 public:
+    // The error number is taken by KZMBasSystemError::Last() right after the failing call. A copy
+    // carries the same.
     explicit KZMBasUtlWriteError(KZMBasSystemError systemError);
-    KZMBasUtlWriteError(const KZMBasUtlWriteError& other);
+    KZMBasUtlWriteError(const KZMBasUtlWriteError& other);  // with the throw site
     ~KZMBasUtlWriteError() override;
 
     atr_String AsString(KZMBasStringMode mode) const override;
@@ -16,6 +18,7 @@ public:
     KZMBasException* Clone() const override;
     int GetCode() const override;
 
+    // As passed.
     KZMBasSystemError GetSystemErrorCode() const;
 
 private:

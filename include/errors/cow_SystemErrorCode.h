@@ -9,12 +9,15 @@
 // is read later.
 class KZM_API cow_SystemErrorCode {
 public:
+    // Which of the two numbers is meant.
     using Type = omi_SystemErrorCode::ErrorCodeType;
 
     // Nothing captured becomes type 2 and detail -1.
     cow_SystemErrorCode(const omi_SystemErrorCode& captured);
+    // An error number from elsewhere, such as one read from a record.
     cow_SystemErrorCode(Type type, std::int32_t detail) : m_type(type), m_detail(detail) {}
 
+    // Whose number it is, and the number; -1 if nothing was captured.
     Type GetType() const { return static_cast<Type>(m_type); }
     std::int32_t GetDetail() const { return m_detail; }
 

@@ -14,6 +14,7 @@ class KZM_API KZMBasFilStracePhase {
 public:
     class Impl;  // the open phases of the process
 
+    // Begins the phase; the destructor ends it. The name is copied.
     explicit KZMBasFilStracePhase(const char* name);
     KZMBasFilStracePhase(const KZMBasFilStracePhase&) = delete;
     KZMBasFilStracePhase& operator=(const KZMBasFilStracePhase&) = delete;
@@ -23,11 +24,14 @@ public:
     static std::string Path();
 };
 
+// The open phases of the process, outermost first. Clients make phases instead.
 class KZM_API KZMBasFilStracePhase::Impl : public KZMBasAtiGlobalSingleton<Impl> {
 public:
+    // One a process.
     Impl();
     ~Impl();
 
+    // Called by the phases; Path is that of the class around this one.
     void Begin(const char* name);
     void End();
     std::string Path() const;

@@ -19,8 +19,10 @@ enum class PathQuestion : int;
 // false. "." and ".." inside a path stay as they are. Copies share the texts.
 class KZM_API KZMBasUtlFilePath {
 public:
+    // The empty location, or as SetFilePath.
     KZMBasUtlFilePath();
     KZMBasUtlFilePath(cow_String directory, cow_String file);
+    // Copies share the texts: O(1).
     KZMBasUtlFilePath(const KZMBasUtlFilePath& other);
     KZMBasUtlFilePath& operator=(const KZMBasUtlFilePath& other);
     KZMBasUtlFilePath& operator=(KZMBasUtlFilePath&& other);  // shares; `other` keeps its value
@@ -45,9 +47,12 @@ public:
     cow_String BaseName() const;   // up to the last dot: "" for ".profile"
     cow_String Extension() const;  // the last dot and what follows it, or ""
     cow_String Directory() const;  // as given in the file text, with a separator at its end, or ""
+    // Resolved when the location was set: a later change of the current directory does not move it.
+    // The directory has a separator at its end.
     cow_String AbsoluteDirectoryPath() const;
     cow_String AbsolutePathName() const;
 
+    // Whether the text was kept whole, as a URL or as a name of the network browser.
     bool IsUrl() const { return m_url; }
     bool IsRemote() const { return m_remote; }
 
@@ -71,6 +76,7 @@ public:
     }
 
 protected:
+    // Takes the network connector, plain or as translated, off the front; other texts stay.
     void TrimPrefixNetworkConnectors(cow_String& path);
 
 private:

@@ -20,8 +20,10 @@ class HashIterator;
 template <class K, class V>
 class HashTableEntry : public mem_AllocationOperatorsTiny {
 public:
+    // In front of the entry `n`, which may be null.
     HashTableEntry(const K& k, const V& v, HashTableEntry* n) : key(k), value(v), next(n) {}
 
+    // The value may be changed in place; the chain belongs to the table.
     const K key;
     V value;
     HashTableEntry* next;
@@ -29,9 +31,11 @@ public:
 
 // A place in a hash table: the bucket, and the place in its chain counted from 1; 0 is no entry.
 struct iterState {
+    // Written by the table.
     unsigned int bucket;
     unsigned int position;
 
+    // All places without an entry are equal.
     bool operator==(const iterState& other) const {
         return position == other.position && (position == 0 || bucket == other.bucket);
     }
@@ -46,6 +50,7 @@ struct iterState {
 template <class K, class V>
 class HashTable {
 public:
+    // What CurrentEntry refers to.
     using Entry = HashTableEntry<K, V>;
     using const_iterator = omi_StdIterator<HashCursor<K, V>>;
     using value_type = std::pair<K, V>;
@@ -133,9 +138,11 @@ private:
 template <class K, class V>
 class HashIterator {
 public:
+    // At a place that the table gave, such as First().
     HashIterator(const HashTable<K, V>& table, const iterState& state)
         : m_table(&table), m_state(state) {}
 
+    // Whether it stands on no entry, its place, and the move to the next one: O(chain).
     bool IsDone() const { return m_state.position == 0; }
     const iterState& State() const { return m_state; }
     void Next() { m_state = m_table->Next(m_state); }
@@ -158,9 +165,12 @@ class HashCursor {
 public:
     using value_type = std::pair<K, V>;
 
+    // The end of every table, or the first entry of one.
     HashCursor() = default;
     explicit HashCursor(const HashTable<K, V>& table) : m_table(&table) { Enter(0); }
 
+    // Moves within a chain, then on to the next bucket that has one. At the end Next does nothing;
+    // CurrentItem needs an entry.
     bool IsDone() const { return !m_entry; }
     void Next() {
         if (!m_entry) return;
@@ -168,6 +178,7 @@ public:
         if (!m_entry) Enter(m_bucket + 1);
     }
     omi_PairItem<K, V> CurrentItem() const { return {m_entry->key, m_entry->value}; }
+    // Whether both stand on the same entry.
     bool operator==(const HashCursor& other) const { return m_entry == other.m_entry; }
 
 private:

@@ -9,6 +9,7 @@
 // of zero-filled memory or throws, deallocate takes back what allocate returned.
 class KZMBasOmiDefaultAllocator {
 public:
+    // Zero-filled memory of mem_Malloc, and back; exhaustion throws std::bad_alloc.
     static void* allocate(unsigned int size) {
         void* const block = mem_Malloc(size);
         if (size > 0) std::memset(block, 0, size);

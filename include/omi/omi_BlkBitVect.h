@@ -30,7 +30,9 @@ inline unsigned int CountBits32(unsigned int word) {
 // and empty blocks may have appeared.
 class KZM_API omi_BlkBitVect : public omi_BlockedArray<unsigned int> {
 public:
+    // Without members and blocks.
     omi_BlkBitVect() : omi_BlockedArray(kGrowthStep, kBlockShift), m_bitCount(0), m_stale(false) {}
+    // Copy every block: O(blocks).
     omi_BlkBitVect(const omi_BlkBitVect& other);
     omi_BlkBitVect& operator=(const omi_BlkBitVect& other);
     ~omi_BlkBitVect() override;
@@ -41,6 +43,7 @@ public:
     // Bytes of this object, its table and its blocks.
     virtual unsigned int Footprint() const;
 
+    // A shift, a mask and two loads; false where there is no block.
     bool IsSet(unsigned int i) const {
         const unsigned int* const word = Word(i);
         return word && (*word >> (i & 31) & 1);
@@ -52,6 +55,7 @@ public:
         return m_bitCount;
     }
 
+    // One bit. Setting may make the block, 1 KiB.
     void SetBit(unsigned int i) { Add(i); }
     void UnsetBit(unsigned int i) { Take(i); }  // keeps the block, also when it becomes empty
 
@@ -59,6 +63,7 @@ public:
     // words: those of `to`'s word up to `to`.
     void SetFromTo(unsigned int from, unsigned int to);
 
+    // Removes every member and frees every block; the table stays.
     void Clear();
 
     // Equal members and equal shape: the same number of slots and the same blocks present. A block
@@ -70,6 +75,7 @@ public:
     // tables differ in length.
     int Compare(const omi_BlkBitVect& other) const;
 
+    // By members alone, whatever the shapes. Word by word over the present blocks.
     bool Contains(const omi_BlkBitVect& other) const;  // `other` is a subset of this
     bool HasOverlap(const omi_BlkBitVect& other) const;
 

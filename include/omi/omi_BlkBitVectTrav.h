@@ -19,7 +19,9 @@ KZM_API void SetBitTraverseData(const omi_BlkBitVect* vect, omi_BlkBitVectTrav* 
 class KZM_API omi_BlkBitVectTrav {
 public:
     omi_BlkBitVectTrav();  // over no bits, until SetBitTraverseData
+    // Over that vector, standing nowhere.
     explicit omi_BlkBitVectTrav(const omi_BlkBitVect* vect);
+    // Over the same vector, at the same place.
     omi_BlkBitVectTrav(const omi_BlkBitVectTrav& other);
     omi_BlkBitVectTrav& operator=(const omi_BlkBitVectTrav& other);
     virtual ~omi_BlkBitVectTrav();
@@ -30,6 +32,7 @@ public:
     bool First(unsigned int& i);
     bool Last(unsigned int& i);
 
+    // To the neighbouring set bit; false beyond the ends, as said above.
     bool Next(unsigned int& i) {
         if (m_word) {
             const unsigned int above = *m_word & (0u - (m_mask << 1));
@@ -42,6 +45,7 @@ public:
         return NextWord(i);
     }
 
+    // Downwards in the same way.
     bool Prev(unsigned int& i) {
         if (m_word) {
             const unsigned int below = *m_word & (m_mask - 1);

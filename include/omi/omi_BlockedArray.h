@@ -65,7 +65,9 @@ public:
 
 protected:
     void Clear();  // releases every block, keeps the table
+    // Exchanges tables and shapes.
     void Swap(omi_BlockedArray& other) noexcept;
+
     void Realloc(unsigned n);       // grows the table to n slots; never shrinks
     void MakeBlock(unsigned slot);  // slot is below the slot count; a present block stays
 

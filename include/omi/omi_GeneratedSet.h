@@ -20,12 +20,16 @@ public:
     using value_type = int;
 
     omi_GeneratedSet() = default;
+    // With this one generator.
     omi_GeneratedSet(int start, int end, int step) { Insert(start, end, step); }
     omi_GeneratedSet(const omi_GeneratedSet& other) = default;
+    // Copies the generators; if memory runs out, the set stays as it was.
     omi_GeneratedSet& operator=(const omi_GeneratedSet& other);
     ~omi_GeneratedSet() = default;
 
+    // Whether any generator holds the number. O(generators).
     bool IsMember(int v) const;
+
     int Count() const { return m_starts.Size(); }  // of generators
 
     // The i-th generator; 0, 0, 1 where there is none.
@@ -36,8 +40,11 @@ public:
     const_iterator begin() const;
     const_iterator end() const;
 
+    // Appends a generator, also one that is empty.
     void Insert(int start, int end, int step);
+    // Without generators; keeps the room.
     void Clear();
+
     omi_GeneratedSet& operator+=(const omi_GeneratedSet& other);  // appends the other's generators
 
     // Clips every generator to low..high and returns members that this cuts off, at most n for each
@@ -62,8 +69,11 @@ public:
     using value_type = int;
 
     omi_GeneratedSetIT() = default;  // over no set: always IsDone
+    // Over that set, done until First.
     explicit omi_GeneratedSetIT(const omi_GeneratedSet& set) : m_set(&set) {}
 
+    // First moves to the first member there is, Next to the one after; past the last one the walk
+    // is done.
     void First() {
         m_generator = -1;
         NextGenerator();
@@ -76,9 +86,11 @@ public:
             NextGenerator();
         }
     }
+    // Whether there is a current member; the member, -1 where there is none.
     bool IsDone() const { return m_generator < 0; }
     int CurrentItem() const { return IsDone() ? -1 : static_cast<int>(m_current); }
 
+    // Whether both stand at the same place of their sets.
     bool operator==(const omi_GeneratedSetIT& other) const {
         return m_generator == other.m_generator && m_left == other.m_left;
     }

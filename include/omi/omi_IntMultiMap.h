@@ -14,6 +14,7 @@ class cow_List;
 // A value of a key, and the link of the value that was inserted before it, null at the end.
 template <class V>
 struct omi_IntMultiMapLink {
+    // Values may be changed in place; links belong to the map.
     V value;
     omi_IntMultiMapLink* next;
 };
@@ -36,11 +37,14 @@ class omi_IntMultiMap : public omi_IntTable<void*, A> {
     using Base = omi_IntTable<void*, A>;
 
 public:
+    // What GetFirst refers to.
     using Link = omi_IntMultiMapLink<V>;
     using const_iterator = omi_StdIterator<omi_IntMultiMapIterator<V, A>>;
     using value_type = std::pair<int, V>;
 
+    // Empty; the first value of all brings the first chunk.
     omi_IntMultiMap();
+
     template <std::input_iterator It>  // over pairs; inserts them in order
     omi_IntMultiMap(It first, It last) : omi_IntMultiMap() {
         for (; first != last; ++first) {
@@ -54,10 +58,13 @@ public:
     // A new deep copy with the same chains, owned by the caller, who ends it with delete.
     omi_IntMultiMap* Copy() const { return new omi_IntMultiMap(*this); }
 
+    // O(1).
     bool IsEmpty() const { return m_entryCount == 0; }
     int Size() const { return static_cast<int>(m_entryCount); }  // pairs
-    unsigned int Footprint() const;                              // bytes, with all chunks
 
+    unsigned int Footprint() const;  // bytes, with all chunks
+
+    // Whether the key has values, or that one: a walk along its chain.
     bool IsMember(int key) const { return Base::IsMember(key); }
     bool IsMember(int key, const V& value) const { return HasValue(GetFirst(key), value); }
 
@@ -121,6 +128,7 @@ public:
     void CompressValues() { SortValues(nullptr); }
 
 protected:
+    // Copies all chains, compacted.
     omi_IntMultiMap(const omi_IntMultiMap& other);
 
 private:
@@ -210,8 +218,11 @@ public:
     using value_type = std::pair<int, V>;
 
     omi_IntMultiMapIterator() = default;  // over no map: always IsDone
+    // Over that map, done until First.
     explicit omi_IntMultiMapIterator(const omi_IntMultiMap<V, A>& map) : m_map(&map) {}
 
+    // First moves to the first pair there is, Next to the one after; past the last one the walk is
+    // done, and stays so.
     void First() {
         if (m_map) m_keys = m_map->Walk();
         EnterChain();
@@ -223,6 +234,7 @@ public:
         m_keys.Next();
         EnterChain();
     }
+    // Whether it stands on no pair.
     bool IsDone() const { return !m_link; }
 
     // These need a current pair.
@@ -230,6 +242,7 @@ public:
     const V& CurrentValue() const { return m_link->value; }
     omi_PairItem<int, V> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
 
+    // Whether both stand on the same pair, or are done.
     bool operator==(const omi_IntMultiMapIterator& other) const { return m_link == other.m_link; }
 
 private:

@@ -11,6 +11,7 @@ struct cow_Direct;
 template <class V, class A>
 class omi_IntTable : public mem_AllocationOperators {
 public:
+    // The type of both halves.
     using Table = omi_UintTable<V, A>;
     using const_iterator = omi_StdIterator<omi_TableCursor<int, V, A>>;
     using value_type = std::pair<int, V>;
@@ -39,9 +40,12 @@ public:
     // A new deep copy, owned by the caller, who ends it with delete.
     omi_IntTable* Copy() const { return new omi_IntTable(*this); }
 
+    // O(1).
     bool IsEmpty() const { return m_negative->IsEmpty() && m_nonNegative->IsEmpty(); }
     int Size() const { return m_negative->Size() + m_nonNegative->Size(); }
 
+    // Look-ups. ConstGetValue copies the value out; false, and `value` as it was, if the key is not
+    // a member.
     bool IsMember(int key) const { return Half(key).IsMember(Magnitude(key)); }
     bool ConstGetValue(int key, V& value) const {
         return Half(key).ConstGetValue(Magnitude(key), value);
@@ -65,8 +69,10 @@ public:
 
     // True if the key was no member before; its value is replaced in any case.
     bool Insert(int key, const V& value) { return Half(key).Insert(Magnitude(key), value); }
+    // True if the key was a member.
     bool Remove(int key) { return Half(key).Remove(Magnitude(key)); }
 
+    // Removes every member and releases every block.
     void Clear() {
         m_negative->Clear();
         m_nonNegative->Clear();
@@ -75,6 +81,7 @@ public:
     unsigned int Footprint() const;  // with both halves
 
 protected:
+    // Copies every block; see Copy.
     omi_IntTable(const omi_IntTable& other);
 
     // The block that holds the key's cell, null where there is none.
@@ -82,6 +89,7 @@ protected:
         return Half(key).FindTableBlock(Magnitude(key));
     }
 
+    // The walk behind begin(), for iterators of derived tables.
     omi_TableCursor<int, V, A> Walk() const { return {m_negative, m_nonNegative}; }
 
 private:

@@ -8,6 +8,7 @@
 template <class V, class A>
 class omi_IntTableIterator {
 public:
+    // Over that table, standing nowhere. Null means key order.
     explicit omi_IntTableIterator(const omi_IntTable<V, A>& table,
                                   omi_TableCompare compare = nullptr)
         : m_table(&table),
@@ -19,6 +20,7 @@ public:
     omi_IntTableIterator(const omi_IntTableIterator&) = delete;
     omi_IntTableIterator& operator=(const omi_IntTableIterator&) = delete;
 
+    // To either end; done if there are no members.
     void First() {
         if (m_compare) {
             Build();
@@ -34,6 +36,7 @@ public:
         }
     }
 
+    // The same from the other end.
     void Last() {
         if (m_compare) {
             Build();
@@ -45,6 +48,7 @@ public:
         EnterNegative();
     }
 
+    // One member on.
     void Next() {
         if (m_compare) {
             m_sorted.Next();
@@ -57,6 +61,7 @@ public:
         }
     }
 
+    // One member back.
     void Previous() {
         if (m_compare) {
             m_sorted.Previous();
@@ -72,6 +77,7 @@ public:
         }
     }
 
+    // Whether it stands on no member.
     bool IsDone() const {
         if (m_compare) return m_sorted.IsDone();
         return m_negativesAhead == 0 && m_nonNegative.IsDone();

@@ -23,26 +23,33 @@ public:
     using const_iterator = omi_StdIterator<omi_SetIT>;
     using value_type = int;
 
+    // Empty; the first member brings the first block.
     omi_Set() = default;
+    // Of these numbers, in any order and with any repeats.
     omi_Set(const KZMBasVector<int>& values);
     omi_Set(const int* values, int n);  // n below 1 inserts nothing
     template <std::input_iterator It>
     omi_Set(It first, It last) {
         for (; first != last; ++first) Insert(*first);
     }
+    // Copy every block: O(blocks). An assignment that runs out of memory changes nothing.
     omi_Set(const omi_Set& other) = default;
     omi_Set& operator=(const omi_Set& other);
     ~omi_Set() = default;
 
+    // IsMember is a shift, a mask and two loads. The other two may have to count once after set
+    // operators.
     bool IsMember(int v) const {
         return v < 0 ? m_negative.IsSet(Bit(v)) : m_members.IsSet(Bit(v));
     }
     bool IsEmpty() const { return m_members.Size() == 0 && m_negative.Size() == 0; }
     int Size() const { return static_cast<int>(m_members.Size() + m_negative.Size()); }
 
+    // All members in the order of listings.
     void Members(int* out) const;  // writes Size() numbers
     void Members(KZMBasVector<int>& out) const;
 
+    // Over all members in the order of listings; ends as omi_SetIT does.
     const_iterator begin() const;
     const_iterator end() const;
 
@@ -51,10 +58,13 @@ public:
     // On standard output: the title on a line of its own, then the members, eight a line.
     void Print(const char* title) const;
 
+    // One number, or all of these; what is a member already stays one. Of an absent number Remove
+    // does nothing. Inserting may make blocks, removing keeps them.
     void Insert(int v) { (v < 0 ? m_negative : m_members).SetBit(Bit(v)); }
     void Insert(const int* values, int n);
     void Insert(const KZMBasVector<int>& values) { Insert(values.Data(), values.Size()); }
     void Remove(int v) { (v < 0 ? m_negative : m_members).UnsetBit(Bit(v)); }
+    // Removes every member and frees every block.
     void Clear();
 
     omi_Set& operator+=(const omi_Set& other);  // union
@@ -87,12 +97,16 @@ public:
     using value_type = int;
 
     omi_SetIT() = default;  // over no set: always IsDone
+    // Over that set, done until First.
     explicit omi_SetIT(const omi_Set& set) : m_set(&set) {}
 
+    // First moves to the first member there is, Next to the one after; past the last one the walk
+    // is done.
     void First();
     void Next() {
         if (m_part != Part::None && !m_walk.Next(m_bit)) NextPart();
     }
+    // Whether there is no current member.
     bool IsDone() const { return m_part == Part::None; }
 
     int CurrentItem() const {  // -1 beyond the last member
@@ -100,6 +114,7 @@ public:
         return m_part == Part::Negative ? static_cast<int>(0u - m_bit) : -1;
     }
 
+    // Whether both stand on the same number, or are done.
     bool operator==(const omi_SetIT& other) const {
         return m_part == other.m_part && (IsDone() || m_bit == other.m_bit);
     }

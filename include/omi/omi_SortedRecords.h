@@ -14,10 +14,11 @@
 //     }
 template <class Key, class V>
 struct omi_TableRecord {
-    Key key;
+    Key key;         // of the member
     const V* value;  // in the table
 };
 
+// A comparison function as std::qsort takes it.
 using omi_TableCompare = int (*)(const void* a, const void* b);
 
 // The members of a table in the order of a comparison function, and a position among them; the
@@ -25,13 +26,16 @@ using omi_TableCompare = int (*)(const void* a, const void* b);
 template <class Key, class V, class A>
 class omi_SortedRecords {
 public:
+    // What the comparison function sees.
     using Record = omi_TableRecord<Key, V>;
 
+    // Without members, until Build.
     omi_SortedRecords() : m_order(nullptr), m_records(nullptr), m_count(0), m_position(-1) {}
     omi_SortedRecords(const omi_SortedRecords&) = delete;
     omi_SortedRecords& operator=(const omi_SortedRecords&) = delete;
     ~omi_SortedRecords() { Release(); }
 
+    // Whether the array is there. It is built once.
     bool IsBuilt() const { return m_order != nullptr; }
 
     // Takes the `count` members that `walk` visits in the table's own order, then sorts them.
@@ -51,6 +55,7 @@ public:
         std::qsort(m_order, m_count, sizeof(Record*), compare);
     }
 
+    // The position may run past either end and come back; Current needs a member there.
     void First() { m_position = 0; }
     void Last() { m_position = std::int64_t{m_count} - 1; }
     void Next() { ++m_position; }

@@ -25,18 +25,23 @@ public:
     using const_iterator = omi_StdIterator<omi_SparseSetIT>;
     using value_type = int;
 
+    // Empty, without memory.
     omi_SparseSet() : m_negative(nullptr), m_unique(false), m_count(0), m_capacity(0) {}
+    // Of these numbers, in any order and with any repeats.
     omi_SparseSet(const KZMBasVector<int>& values) : omi_SparseSet(values.Data(), values.Size()) {}
     omi_SparseSet(const int* values, int n);  // n below 1 inserts nothing
     template <std::input_iterator It>
     omi_SparseSet(It first, It last) : omi_SparseSet() {
         for (; first != last; ++first) Insert(*first);
     }
+    // Copy the members as they are stored. An assignment that runs out of memory changes nothing.
     omi_SparseSet(const omi_SparseSet& other);
     omi_SparseSet& operator=(const omi_SparseSet& other);
     ~omi_SparseSet();
 
+    // A linear scan, for a negative number one bit.
     bool IsMember(int v) const;
+    // How many members there are; orders the array first if need be.
     bool IsEmpty() const { return m_count == 0 && SizeNegative() == 0; }
     int Size() const { return SizePositive() + SizeNegative(); }
     int SizePositive() const {  // of the members from 0 on
@@ -45,8 +50,10 @@ public:
     }
     int SizeNegative() const { return m_negative ? static_cast<int>(m_negative->Size()) : 0; }
 
+    // Replaces what `out` holds, in the order of listings.
     void Members(KZMBasVector<int>& out) const;
 
+    // Over all members in the order of listings; ends with a change of the set.
     const_iterator begin() const;
     const_iterator end() const;
 
@@ -55,6 +62,7 @@ public:
     // Orders the array and drops repeats, if that has not been done since the last Insert.
     void MakeUnique() const;
 
+    // Appends, O(1) on average; a repeat takes room until the array is ordered.
     void Insert(int v) {
         if (v < 0) {
             InsertNegative(v);
@@ -65,9 +73,12 @@ public:
         ++m_count;
         m_unique = false;
     }
+
     void Insert(const omi_BlkBitVect& members);  // bits above 2147483647 are left out
+    // Removes one number, or all whose bit is set, which are none of the negative ones. O(members).
     void Remove(int v);
     void Remove(const omi_BlkBitVect& members);
+
     void Clear();  // keeps the array's room
 
     // Makes room for n entries in all, or for n more, repeats counted; in multiples of 1024.
@@ -107,8 +118,11 @@ public:
     using value_type = int;
 
     omi_SparseSetIT() = default;  // over no set: always IsDone
+    // Over that set, done until First.
     explicit omi_SparseSetIT(const omi_SparseSet& set) : m_set(&set) {}
 
+    // First moves to the first member there is, Next to the one after; past the last one the walk
+    // is done.
     void First();
     void Next() {
         if (m_inNegative)
@@ -116,6 +130,7 @@ public:
         else if (m_position < m_end)
             ++m_position;
     }
+    // Whether there is no current member.
     bool IsDone() const { return !m_inNegative && m_position == m_end; }
 
     int CurrentItem() const {  // -1 beyond the last member
@@ -123,6 +138,7 @@ public:
         return m_position < m_end ? *m_position : -1;
     }
 
+    // Whether both stand on the same number, or are done.
     bool operator==(const omi_SparseSetIT& other) const {
         return m_inNegative == other.m_inNegative &&
                (m_inNegative ? m_bit == other.m_bit : m_position == other.m_position);

@@ -14,14 +14,17 @@
 // ordered by key, then by value where values are.
 template <class K, class V>
 struct omi_PairItem : std::pair<K, const V&> {
+    // Refers to the value: ends with it.
     omi_PairItem(const K& key, const V& value) : std::pair<K, const V&>(key, value) {}
 
+    // By key and value, also against a pair.
     friend bool operator==(const omi_PairItem& a, const omi_PairItem& b) {
         return a.first == b.first && a.second == b.second;
     }
     friend bool operator==(const omi_PairItem& a, const std::pair<K, V>& b) {
         return a.first == b.first && a.second == b.second;
     }
+    // By key, then by value.
     friend std::weak_ordering operator<=>(const omi_PairItem& a,
                                           const omi_PairItem& b) requires std::totally_ordered<V> {
         return Order(a, b.first, b.second);
@@ -65,6 +68,7 @@ public:
     // Keeps the item for the length of an expression such as it->second.
     class pointer {
     public:
+        // Made and used by operator->.
         explicit pointer(reference item) : m_item(item) {}
         std::remove_reference_t<reference>* operator->() { return std::addressof(m_item); }
 
@@ -73,6 +77,7 @@ public:
     };
 
     omi_StdIterator() = default;  // equals end()
+    // At the place of that cursor.
     explicit omi_StdIterator(const Cursor& cursor) : m_cursor(cursor) {}
 
     reference operator*() const { return m_cursor.CurrentItem(); }
@@ -88,6 +93,7 @@ public:
         return before;
     }
 
+    // Iterators of one container, by place; all ends are equal.
     friend bool operator==(const omi_StdIterator& a, const omi_StdIterator& b) {
         const bool done = a.m_cursor.IsDone();
         return done == b.m_cursor.IsDone() && (done || a.m_cursor == b.m_cursor);

@@ -17,11 +17,13 @@
 // for data that travels.
 class KZM_API omi_SwapperGuts {
 public:
+    // From the machine's order: n elements into 2, 4 or 8 bytes each.
     static void ExternalizeArray(void* out, const unsigned short* in, std::ptrdiff_t n);
     static void ExternalizeArray(void* out, const unsigned int* in, std::ptrdiff_t n);
     static void ExternalizeArray(void* out, const unsigned long* in, std::ptrdiff_t n);
     static void ExternalizeArray(void* out, const unsigned long long* in, std::ptrdiff_t n);
 
+    // Back into the machine's order.
     static void InternalizeArray(const void* in, unsigned short* out, std::ptrdiff_t n);
     static void InternalizeArray(const void* in, unsigned int* out, std::ptrdiff_t n);
     static void InternalizeArray(const void* in, unsigned long* out, std::ptrdiff_t n);
@@ -33,6 +35,7 @@ public:
     static void SwapOut(void* out, unsigned long value) { Store(out, value); }
     static void SwapOut(void* out, unsigned long long value) { Store(out, value); }
 
+    // One element back. The address needs no alignment.
     static void SwapIn(const void* in, unsigned short& value) { Load(in, value); }
     static void SwapIn(const void* in, unsigned int& value) { Load(in, value); }
     static void SwapIn(const void* in, unsigned long& value) { Load(in, value); }

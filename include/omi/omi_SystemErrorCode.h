@@ -14,9 +14,11 @@ public:
         SystemError = 1,    // GetLastError; on Linux the same as errno
     };
 
+    // Captures at once, SetError anew.
     explicit omi_SystemErrorCode(ErrorCodeType type);
     void SetError(ErrorCodeType type);
 
+    // The numbers; -1 for the one that was not asked for.
     std::int32_t SystemCode() const { return m_systemCode; }
     std::int32_t CLibraryCode() const { return m_cLibraryCode; }
 

@@ -8,6 +8,7 @@
 // time, also while it runs. Setting the system's clock does not disturb it.
 class KZM_API omi_Timer {
 public:
+    // Stopped and at zero.
     omi_Timer();
 
     void Start();  // no effect while it runs

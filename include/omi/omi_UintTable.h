@@ -17,9 +17,11 @@
 template <class V, class A>
 class omi_UintTableBlock : public omi_BlockedArray<V> {
 public:
+    // Shape as that of omi_BlockedArray; without members.
     omi_UintTableBlock(unsigned int growthStep, unsigned int shift)
         : omi_BlockedArray<V>(growthStep, shift) {}
 
+    // Which local keys have a value.
     const omi_BlkBitVect& Members() const { return m_members; }
 
     // Writes the cell, then makes the key a member, true if it was none before: if memory runs out,
@@ -31,6 +33,7 @@ public:
 
     bool Remove(unsigned int local) { return m_members.Take(local); }  // true if it was a member
 
+    // Bytes of cells and bits, with this object.
     unsigned int Footprint() const {
         return this->ToFootprint(std::size_t{omi_BlockedArray<V>::Footprint()} +
                                  m_members.Footprint());
@@ -55,6 +58,7 @@ private:
 template <class V, class A>
 class omi_UintTable : public mem_AllocationOperators {
 public:
+    // What FindTableBlock refers to.
     using Block = omi_UintTableBlock<V, A>;
     using const_iterator = omi_StdIterator<omi_TableCursor<unsigned int, V, A>>;
     using value_type = std::pair<unsigned int, V>;
@@ -90,9 +94,11 @@ public:
     // A new deep copy, owned by the caller, who ends it with delete.
     omi_UintTable* Copy() const { return new omi_UintTable(*this); }
 
+    // O(1).
     bool IsEmpty() const { return m_memberCount == 0; }
     int Size() const { return static_cast<int>(m_memberCount); }
 
+    // A look-up: block, then bit. Never allocates.
     bool IsMember(unsigned int key) const {
         const Block* const block = FindTableBlock(key);
         return block && block->Members().IsSet(key & m_localMask);
@@ -117,6 +123,7 @@ public:
     V& Get(unsigned int key) { return Cell(key); }
     const V& ConstGet(unsigned int key) const { return Cell(key); }
 
+    // Pairs of key and value, keys ascending. Inserting and removing keys ends the iterators.
     const_iterator begin() const {
         return const_iterator(omi_TableCursor<unsigned int, V, A>(nullptr, this));
     }
@@ -160,6 +167,7 @@ public:
     }
 
 protected:
+    // Copies every block; see Copy.
     omi_UintTable(const omi_UintTable& other);
 
 private:

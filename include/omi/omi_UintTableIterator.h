@@ -16,6 +16,7 @@
 template <class V, class A>
 class omi_UintTableIterator {
 public:
+    // Over that table, standing nowhere. Null means key order.
     explicit omi_UintTableIterator(const omi_UintTable<V, A>& table,
                                    omi_TableCompare compare = nullptr)
         : m_table(&table), m_compare(compare), m_walk(table) {}
@@ -23,6 +24,7 @@ public:
     omi_UintTableIterator(const omi_UintTableIterator&) = delete;
     omi_UintTableIterator& operator=(const omi_UintTableIterator&) = delete;
 
+    // To either end; done if there are no members.
     void First() {
         if (!m_compare) return m_walk.First();
         Build();
@@ -34,6 +36,7 @@ public:
         m_sorted.Last();
     }
 
+    // One member on, or back.
     void Next() {
         if (m_compare)
             m_sorted.Next();
@@ -46,6 +49,7 @@ public:
         else
             m_walk.Previous();
     }
+    // Whether it stands on no member.
     bool IsDone() const { return m_compare ? m_sorted.IsDone() : m_walk.IsDone(); }
 
     // These three need a current member.

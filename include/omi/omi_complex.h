@@ -9,6 +9,7 @@
 // agree with it. Laid out as std::complex<double> and as complex(8) of Fortran.
 class KZM_API omi_complex {
 public:
+    // From Cartesian and from polar coordinates, angles in radians.
     constexpr omi_complex(double real = 0, double imaginary = 0)
         : m_real(real), m_imaginary(imaginary) {}
     constexpr omi_complex(const std::complex<double>& z) : omi_complex(z.real(), z.imag()) {}
@@ -16,8 +17,10 @@ public:
         return {modulus * std::cos(argument), modulus * std::sin(argument)};
     }
 
+    // To calculate with.
     constexpr operator std::complex<double>() const { return {m_real, m_imaginary}; }
 
+    // The parts, and the polar coordinates as std::abs and std::arg give them.
     constexpr double Real() const { return m_real; }
     constexpr double Imaginary() const { return m_imaginary; }
     double Modulus() const { return std::hypot(m_real, m_imaginary); }

@@ -13,6 +13,7 @@ public:
 
     // Asks the system for everything again. A rank that the environment does not tell stays.
     static void Initialize();
+
     static void Finalize();  // forgets everything, as before Initialize
 
     static int ProcessId();  // 0 before Initialize

@@ -7,9 +7,11 @@
 // What the process has used since the monitor came to life or was last restarted.
 class KZM_API bcu_ResourceMonitor : public omi_SingletonBase<bcu_ResourceMonitor> {
 public:
+    // Starts at once.
     bcu_ResourceMonitor();
     ~bcu_ResourceMonitor();
 
+    // Wall time and processor time since the start; Restart makes both 0.
     double ElapsedSeconds() const;
     double ProcessorSeconds() const;  // of all threads together
     void Restart();

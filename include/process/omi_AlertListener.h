@@ -24,6 +24,7 @@
 // Linux unloading waits for the handler that runs, which must then not need the loader.
 class KZM_API omi_AlertListener : public omi_SingletonBase<omi_AlertListener> {
 public:
+    // Not armed, without handlers.
     omi_AlertListener();
     ~omi_AlertListener();  // as Disarm
 

@@ -22,6 +22,7 @@ public:
     explicit omi_AlertTrigger(std::uint32_t threadId);             // 0: reaches nobody
     explicit omi_AlertTrigger(const omi_AlertListener& listener);  // reaches nobody if not armed
 
+    // Whom it reaches, 0 for nobody.
     std::uint32_t ThreadId() const { return m_threadId; }
 
     // Returns without waiting for the handler, which must be set. Alerts of one thread are handled

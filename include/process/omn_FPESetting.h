@@ -14,9 +14,11 @@ KZM_API void omn_ignoreFPESetting(bool ignore);
 // threads inherit it, on Windows they begin with everything masked and call this themselves.
 KZM_API void omn_globalFPESetting();
 
+// What the settings of the process came to.
 struct omn_FPEState {
     bool ignored;      // as last told to omn_ignoreFPESetting
     bool trapping;     // what omn_globalFPESetting last chose
     unsigned applied;  // calls of omn_globalFPESetting since the library was loaded
 };
+// The state now; for reports and tests.
 KZM_API omn_FPEState omn_currentFPEState();

@@ -9,6 +9,7 @@ class KZM_API KZMBasDCAllocator : public KZMBasAllocator {
 public:
     ~KZMBasDCAllocator() override;
 
+    // Variables: blocks of `length` elements of `size` bytes, found by number or by name.
     virtual int registerVariable(unsigned length, int size, const char* name) = 0;
     virtual int findVariable(const char* name) const = 0;
     virtual void* getVariable(int index) = 0;
@@ -17,6 +18,7 @@ public:
     virtual void freeVariable(int& index) = 0;
     virtual void freeAllVariables() = 0;
 
+    // Temporary blocks, which have no name and go back by their address.
     virtual void* allocTempData(int bytes) = 0;
     virtual double* allocTempDouble(int count) = 0;
     virtual int* allocTempInt(int count) = 0;
@@ -24,6 +26,7 @@ public:
     virtual void freeTempData(int* block) = 0;
     virtual void freeTempData(double* block) = 0;
 
+    // Reports the variables, a line each.
     virtual void dumpVariables(aio_ostream& os) const = 0;
 
 protected:

@@ -28,6 +28,7 @@ public:
     static void SetPool(KZMBasCamPool* pool);  // not owned
     // Asks the manager for pool N; without a manager, what is set stays.
     static void Initialize();
+
     static void Finalize();  // back to the general heap
 
     void DebugPrint() const;  // does nothing

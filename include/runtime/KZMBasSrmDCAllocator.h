@@ -9,15 +9,17 @@
 class KZM_API KZMBasSrmDCAllocEntry {
 public:
     KZMBasSrmDCAllocEntry();  // what a number without a variable stands for: no block, no name
+    // Takes the data as it is: the record does not own it.
     KZMBasSrmDCAllocEntry(std::uint32_t length, std::int32_t size, const char* name, void* data);
 
+    // Elements times size, modulo 2^32.
     std::uint32_t Bytes() const { return m_length * static_cast<std::uint32_t>(m_size); }
 
     std::uint32_t m_length;  // elements
     std::int32_t m_size;     // bytes of one element
-    KZMString m_name;
-    bool m_registered;  // made by registerVariable
-    void* m_data;       // not owned
+    KZMString m_name;        // "" for a number without a variable
+    bool m_registered;       // made by registerVariable
+    void* m_data;            // not owned
 };
 
 // Work arrays by name and number, and anonymous temporary blocks, from one underlying allocator;

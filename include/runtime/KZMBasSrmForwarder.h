@@ -21,9 +21,11 @@ public:
     KZMBasSrmForwarder() = default;
     ~KZMBasSrmForwarder() = default;
 
+    // Call the manager's functions, or what stands for them while there is none.
     static KZMBasCamPool* GetPool(srm_ResourceEnums resource);
     static void MemorySummary();
     static void MemorySummary(const char* phase);
+
     static void Initialize();  // does nothing
 
 protected:

@@ -4,6 +4,7 @@
 // A base for resource managers; no behaviour of its own.
 class KZM_API KZMBasSrmBase {
 public:
+    // Do nothing.
     KZMBasSrmBase();
     ~KZMBasSrmBase();
 };
@@ -11,6 +12,7 @@ public:
 // Records of memory figures: lists of values under names, sorted by name. Null reads as "".
 class KZM_API KZMBasSrmMemoryInfo {
 public:
+    // Without records.
     KZMBasSrmMemoryInfo();
     KZMBasSrmMemoryInfo(const KZMBasSrmMemoryInfo&) = delete;
     KZMBasSrmMemoryInfo& operator=(const KZMBasSrmMemoryInfo&) = delete;

@@ -15,6 +15,7 @@ enum SingletonDestructPhase : int {
 
 // Set by client code before shut-down; they choose which IDs a phase finalizes.
 struct SingletonDestructCondition {
+    // What they stand for is agreed among the clients.
     bool condition1 = false;
     bool condition2 = false;
     bool condition3 = false;
@@ -30,6 +31,7 @@ struct SingletonDestructCondition {
 // here.
 class KZM_API KZMBas_SingletonRegistry : public omi_SingletonBase<KZMBas_SingletonRegistry> {
 public:
+    // Without finalizers, all conditions false.
     KZMBas_SingletonRegistry();
     virtual ~KZMBas_SingletonRegistry();  // Destroy()
 
@@ -55,6 +57,7 @@ public:
     // output.
     void Destroy();
 
+    // For writing, before the first phase.
     SingletonDestructCondition& Condition() { return m_condition; }
 
 private:

@@ -10,6 +10,8 @@
 // it placed must not be deleted.
 class mem_AllocationOperators {
 public:
+    // From the product's heap and back; std::bad_alloc if it is exhausted. The forms with a place
+    // leave the memory alone.
     static void* operator new(std::size_t size) { return mem_OperatorNewThrow(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void* operator new(std::size_t, std::align_val_t) = delete;
@@ -21,6 +23,7 @@ public:
 // shared with the one above, since compilers would take its delete for that of other memory.
 class mem_AllocationOperatorsTiny {
 public:
+    // From the tiny-block path and back; otherwise as above.
     static void* operator new(std::size_t size) { return mem_OperatorNewTinyThrow(size); }
     static void* operator new(std::size_t, void* place) noexcept { return place; }
     static void* operator new(std::size_t, std::align_val_t) = delete;

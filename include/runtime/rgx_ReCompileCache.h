@@ -8,6 +8,7 @@
 // operations may be called from several threads.
 class KZM_API rgx_ReCompileCache : public KZMBasAtiGlobalSingleton<rgx_ReCompileCache> {
 public:
+    // Empty.
     rgx_ReCompileCache();
     ~rgx_ReCompileCache();  // releases everything
 
@@ -19,6 +20,7 @@ public:
     // also if memory runs out.
     const void* Store(const char* pattern, void* compiled, void (*release)(void*));
 
+    // Patterns that are kept.
     int Size() const;
 
 private:

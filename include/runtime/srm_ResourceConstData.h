@@ -14,6 +14,7 @@
 // identifiers outside that range in a list, and counts above 45, must not be printed.
 class KZM_API srm_ResourceConstData {
 public:
+    // The extents of the tables; names have room for kNameSize - 1 bytes.
     static constexpr int kResources = srm_ResourceCount;
     static constexpr int kPhases = 22;
     static constexpr int kProcedures = 6;
@@ -40,12 +41,15 @@ public:
     void PrintResources(std::FILE* f, int) const;
     void PrintPriorities(std::FILE* f, int) const;  // what may be purged, by procedure and phase
 
+    // For the manager to fill: names, the local purge identifier of each resource, the resource of
+    // each purge identifier, and what PurgeId adds.
     char m_resourceNames[kResources][kNameSize];
     char m_phaseNames[kPhases][kNameSize];
     char m_procedureNames[kProcedures][kNameSize];
     std::int32_t m_localPurgeId[kResources];
     std::int32_t m_resourceOfPurgeId[kPurgeIds];
     std::int32_t m_purgeIdBase;
+
     std::int32_t m_reserved;                  // zero, not used
     std::int32_t m_resourceData[kResources];  // the manager's own
     // The number of purge identifiers that follow, then these.

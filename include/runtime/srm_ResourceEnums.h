@@ -6,4 +6,5 @@ enum srm_ResourceEnums : int {
     srm_FirstResource = 0,
     srm_LastResource = 64,
 };
+// How many resources there are.
 constexpr int srm_ResourceCount = srm_LastResource + 1;

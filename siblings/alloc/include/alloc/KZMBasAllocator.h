@@ -7,6 +7,7 @@ class KZM_API KZMBasAllocator {
 public:
     virtual ~KZMBasAllocator();
 
+    // Memory for any object, its contents open, and back.
     virtual void* Alloc(unsigned size) = 0;
     virtual void* Alloc(unsigned size, unsigned& granted) = 0;  // granted: what may be used
     virtual void Free(void* block) = 0;                         // null is allowed
@@ -27,6 +28,7 @@ protected:
 // The product's heap as an allocator. Answers null where the heap throws. Has no state.
 class KZM_API KZMBasHeapAllocator : public KZMBasAllocator {
 public:
+    // As in the base class. What is granted is what was asked for.
     void* Alloc(unsigned size) override;
     void* Alloc(unsigned size, unsigned& granted) override;
     void Free(void* block) override;

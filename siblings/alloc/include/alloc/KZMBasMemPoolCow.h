@@ -11,7 +11,9 @@
 // as a whole; it holds no pointers.
 class KZM_API KZMBasMemPoolCow : public omi_SingletonBase<KZMBasMemPoolCow> {
 public:
+    // Requests and bytes since tracking began or ResetFigures, modulo 2^64.
     struct Figures {
+        // Blocks, then the bytes that were asked for.
         std::uint64_t m_taken;
         std::uint64_t m_givenBack;
         std::uint64_t m_bytesTaken;
@@ -21,8 +23,10 @@ public:
     // Class 0 holds sizes of 0, class k those from 2^(k-1) to 2^k - 1.
     static constexpr unsigned kSizeClasses = 33;
 
+    // Without tracking.
     KZMBasMemPoolCow();
 
+    // Off, nothing is counted and the figures stay.
     void SetTracking(bool on) { m_tracking = on ? 1 : 0; }
     bool Tracking() const { return m_tracking != 0; }
 
@@ -30,10 +34,13 @@ public:
     void* Alloc(unsigned size);
     void Free(void* block, unsigned size);  // null is allowed and not counted
 
+    // By size and in all; the reference follows later requests.
     const Figures& OfSizeClass(unsigned sizeClass) const;  // of the last class if there is none
     Figures Total() const;
+    // All figures 0.
     void ResetFigures();
 
+    // For the stop of the allocation library: ends the pool if there is one.
     static void FinalizeIfCreated();
 
 private:

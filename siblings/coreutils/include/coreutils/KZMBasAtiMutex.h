@@ -11,6 +11,8 @@ public:
     KZMBasAtiMutex& operator=(const KZMBasAtiMutex&) = delete;
     virtual ~KZMBasAtiMutex();
 
+    // Lock waits while another thread holds the lock; a thread that holds it unlocks as often as it
+    // has locked.
     virtual void Lock() = 0;
     virtual void Unlock() = 0;
 

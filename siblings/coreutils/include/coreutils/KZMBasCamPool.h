@@ -21,6 +21,8 @@ public:
     // The block's size. Null is allowed and gives 0.
     virtual unsigned Free(void* block);
 
+    // The name as passed, and figures: bytes alive and the most there ever were, without heads, and
+    // blocks alive and asked for.
     const char* Name() const { return m_name; }
     std::uint64_t BytesInUse() const { return m_bytes; }  // as asked for
     std::uint64_t PeakBytes() const { return m_peak; }

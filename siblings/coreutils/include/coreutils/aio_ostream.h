@@ -21,16 +21,18 @@ public:
 
     aio_ostream& aio_setwidth(int width);  // negative is 0
 
+    // Each writes one item in the width, and returns the stream.
     aio_ostream& print(const char* text);  // null writes as the empty text
     aio_ostream& print(const atr_StringBase& text);
     aio_ostream& print_int(int value);
     aio_ostream& print_u_int64(std::uint64_t value);
     aio_ostream& print_double(double value);  // shortest text that reads back as the same value
     aio_ostream& put(char c);                 // without regard to the width, which stays
+    // Hands on what the file has buffered, and counts the call.
     aio_ostream& flush();
 
     bool good() const { return m_good; }  // false once anything could not be written
-    unsigned flush_count() const { return m_flushCount; }
+    unsigned flush_count() const { return m_flushCount; }  // calls of flush
 
 private:
     void Item(std::string_view text);
@@ -43,4 +45,5 @@ private:
     bool m_good;
 };
 
+// The member of the same name.
 inline aio_ostream& aio_setwidth(aio_ostream& os, int width) { return os.aio_setwidth(width); }

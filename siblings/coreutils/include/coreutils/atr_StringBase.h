@@ -10,8 +10,9 @@
 struct atr_StringRecord {
     std::int32_t m_count;     // strings that share the block; plain, as every count of a value
     std::int32_t m_capacity;  // bytes of text that fit, without the terminator
-    std::int32_t m_length;
+    std::int32_t m_length;    // bytes of text
 
+    // The first byte behind this head.
     char* Text() { return reinterpret_cast<char*>(this + 1); }
 };
 
@@ -26,8 +27,11 @@ struct atr_StringRecord {
 // 2147483647 bytes. A single source is cut to that length.
 class KZM_API atr_StringBase {
 public:
+    // Tells a capacity from a number: a text made with (n, PreSize) is empty and has room for n
+    // bytes.
     enum PreSizeEnm { PreSize };
 
+    // Length counts bytes, without the terminator. All O(1).
     int Length() const { return m_rep ? m_rep->m_length : 0; }
     bool Empty() const { return Length() == 0; }
     const char* CStr() const { return m_rep ? m_data : EmptyText(); }  // never null
@@ -50,23 +54,30 @@ public:
     // The one zero byte that all empty strings show.
     static const char* EmptyText();
 
+    // Null as the empty text.
     static const char* OrEmpty(const char* s) { return s ? s : ""; }
     static int TextLength(const char* s);  // cut to 2147483647
 
 protected:
+    // The empty text.
     atr_StringBase() : m_data(nullptr), m_rep(nullptr) {}
+    // Shares the block.
     atr_StringBase(const atr_StringBase& other) noexcept
         : m_data(other.m_data), m_rep(other.m_rep) {
         if (m_rep) ++m_rep->m_count;
     }
+    // Up to the terminator.
     explicit atr_StringBase(const char* s);
     atr_StringBase(const char* s, int n);  // n bytes, zero bytes among them are kept
+    // The text of a number, as few characters as it takes.
     explicit atr_StringBase(int value);
     explicit atr_StringBase(float value);  // shortest text that reads back as the same value
     explicit atr_StringBase(double value);
+
     atr_StringBase(int n, PreSizeEnm);  // empty, room for n bytes
     ~atr_StringBase() { DropReference(); }
 
+    // Shares, and drops the share it had.
     atr_StringBase& operator=(const atr_StringBase& other) noexcept {
         if (other.m_rep) ++other.m_rep->m_count;
         DropReference();
@@ -74,6 +85,7 @@ protected:
         m_rep = other.m_rep;
         return *this;
     }
+    // Takes over the text up to its terminator; `s` may lie inside of this text.
     atr_StringBase& operator=(const char* s);
 
     // The byte for writing, in a private block. Reference and block end with the next change. The
@@ -85,12 +97,14 @@ protected:
 
     // The number of bytes from pos on, at most n.
     int Substr(int pos, int n) const;
+    // The position, moved to the nearest end of the text.
     int ClampPosition(int pos) const;
 
     // From s, which has `length` bytes, at most n bytes beginning at `from`.
     void append(const char* s, int length, int from, int n);
     void insert(int pos, const char* s, int length, int from, int n);
 
+    // Changes in place, in a private block.
     void Erase(int pos, int n);
     void Replace(int pos, int n, const char* s, int m);  // by at most m bytes of s
     void LeftTrim(const char* set);                      // bytes that occur in set

@@ -13,6 +13,8 @@
 // One argument of the formatter, with its type. Refers to texts; made for the length of a call.
 class KZM_API atr_FormatArg {
 public:
+    // From every type that has a natural form. A null text reads as the empty text; enumerators
+    // print as their numbers.
     template <std::integral T>
     atr_FormatArg(T value) {
         if constexpr (std::same_as<T, bool>) {
@@ -40,6 +42,7 @@ public:
     atr_FormatArg(const atr_StringBase& text) { SetText(text); }
     atr_FormatArg(const void* address) : m_kind(Kind::kPointer), m_pointer(address) {}
 
+    // Writes the natural form behind the text.
     void AppendTo(atr_String& out) const;
 
 private:
@@ -61,6 +64,7 @@ private:
     std::string_view m_text;
 };
 
+// What the templates below call.
 KZM_API atr_String atr_formatArgs(const char* format, std::initializer_list<atr_FormatArg> args);
 KZM_API const char* atr_translate(KZMBasStringMode mode, const char* text);
 
@@ -85,6 +89,7 @@ inline atr_String atr(const char* text) {
     return atr_String(atr_translate(KZMBasStringModeUser, text));
 }
 
+// The same, written to a file; an error of the file goes unnoticed.
 template <class... Args>
 void atr_print(std::FILE* file, const char* format, const Args&... args) {
     const atr_String text = atr_format(format, args...);

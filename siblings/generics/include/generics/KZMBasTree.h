@@ -54,7 +54,10 @@ public:
     template <class Seen>
     class Place {
     public:
+        // Nowhere.
         Place() = default;
+        // Whether there is an entry. The others need one; beyond the ends Next and Previous give
+        // nowhere.
         explicit operator bool() const { return m_node != nullptr; }
         const K& Key() const { return m_node->m_key; }
         Seen& Value() const { return m_node->m_value; }
@@ -66,10 +69,13 @@ public:
         explicit Place(Link* link) : m_node(static_cast<Node*>(link)) {}
         Node* m_node = nullptr;
     };
+    // Places for writing and for reading.
     using Iterator = Place<V>;
     using ConstIterator = Place<const V>;
 
+    // Empty.
     KZMBasTree() = default;
+    // Copies every entry. O(n log n).
     KZMBasTree(const KZMBasTree& other) : KZMBasTree() {
         for (ConstIterator it = other.First(); it; it = it.Next()) Add(it.Key(), it.Value());
     }
@@ -80,13 +86,16 @@ public:
     }
     ~KZMBasTree() { Clear(); }
 
+    // The entries; O(1).
     int Size() const { return m_size; }
     bool IsEmpty() const { return m_size == 0; }
+    // Places at the ends and by key; nowhere if there is no such entry.
     Iterator First() { return Iterator(Outermost(0)); }
     Iterator Last() { return Iterator(Outermost(1)); }
     Iterator Find(const K& key) { return Iterator(Locate(key).m_found); }
     Iterator LowerBound(const K& key) { return Iterator(NotLess(key)); }  // the first such key
 
+    // The same for reading.
     ConstIterator First() const { return ConstIterator(Outermost(0)); }
     ConstIterator Last() const { return ConstIterator(Outermost(1)); }
     ConstIterator Find(const K& key) const { return ConstIterator(Locate(key).m_found); }
@@ -99,6 +108,7 @@ public:
         AttachNew(place, key, value);
         return true;
     }
+    // Gives the key this value, in place of any it had.
     void Set(const K& key, const V& value) {
         const Spot place = Locate(key);
         if (place.m_found)
@@ -106,11 +116,13 @@ public:
         else
             AttachNew(place, key, value);
     }
+
     V& operator[](const K& key) {  // adds V() if the key is absent
         const Spot place = Locate(key);
         return (place.m_found ? place.m_found : AttachNew(place, key, V()))->m_value;
     }
 
+    // By key, true if it was there, and by a place that has an entry.
     bool Remove(const K& key) {
         const Iterator it = Find(key);
         if (it) Remove(it);
@@ -120,6 +132,7 @@ public:
         Detach(it.m_node);
         Delete(it.m_node);
     }
+    // Removes every entry. O(n), without recursion.
     void Clear();
 
 private:

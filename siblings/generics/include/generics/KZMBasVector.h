@@ -33,12 +33,16 @@ protected:
 template <class T>
 class KZMBasVector : private KZMBasVectorStorage {
 public:
+    // Empty, without memory.
     KZMBasVector() = default;
+    // That many copies of the value.
     explicit KZMBasVector(int size, const T& value = T()) : KZMBasVector() { Resize(size, value); }
+    // Copies of n values side by side.
     template <std::same_as<T> U>  // so that 0 is a size and never a null address
     KZMBasVector(const U* values, int n) : KZMBasVector() {
         Append(values, n);
     }
+    // Copies every element, or takes them over and leaves the other empty.
     KZMBasVector(const KZMBasVector& other) : KZMBasVector() { Append(other.Data(), other.Size()); }
     KZMBasVector(KZMBasVector&& other) noexcept : KZMBasVector() { Swap(other); }
     KZMBasVector& operator=(KZMBasVector other) noexcept {
@@ -47,9 +51,11 @@ public:
     }
     ~KZMBasVector() { Clear(); }
 
+    // Elements, and how many fit without growing.
     int Size() const { return m_size; }
     int Capacity() const { return m_capacity; }
     bool IsEmpty() const { return m_size == 0; }
+    // The elements side by side. Data may be null where there are none; Last needs one.
     const T* Data() const { return static_cast<const T*>(m_data); }
     T* Data() { return static_cast<T*>(m_data); }
     const T& operator[](int i) const { return Data()[i]; }
@@ -67,9 +73,11 @@ public:
         return -1;
     }
 
+    // Makes room for so many in all; never shrinks.
     void Reserve(int capacity) {
         if (capacity > m_capacity) Reallocate(capacity, sizeof(T), &Move);
     }
+
     void Compact() {  // gives back the room that is not used
         if (m_capacity > m_size) Reallocate(m_size, sizeof(T), &Move);
     }
@@ -93,18 +101,23 @@ public:
 
     // Before the element at i; i == Size() appends. The value may be an element.
     void Insert(int i, const T& value);
+    // Closes the gap.
     void Remove(int i) { Remove(i, 1); }
     void Remove(int i, int n);  // n elements from i on, all of which exist; n below 1 removes none
+    // The vector must not be empty.
     void RemoveLast() { Data()[--m_size].~T(); }
+
     void Clear() {  // keeps the room
         while (m_size > 0) RemoveLast();
     }
+    // Exchanges the elements. O(1).
     void Swap(KZMBasVector& other) noexcept {
         std::swap(m_data, other.m_data);
         std::swap(m_size, other.m_size);
         std::swap(m_capacity, other.m_capacity);
     }
 
+    // Element by element with ==.
     friend bool operator==(const KZMBasVector& a, const KZMBasVector& b) {
         if (a.m_size != b.m_size) return false;
         for (int i = 0; i < a.m_size; ++i)
