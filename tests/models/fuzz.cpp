@@ -5,7 +5,7 @@
 #include <cstdlib>
 
 namespace {
-constinit std::uint64_t (*g_run)(models::Program, bool) = nullptr;
+constinit models::Outcome (*g_run)(models::Program, bool) = nullptr;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
@@ -21,7 +21,8 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     if (size == 0) return 0;
     try {
-        g_run({data + 1, size - 1}, *data % 4 == 0);
+        const std::vector<unsigned char> program(data + 1, data + size);
+        g_run(models::Program(program), *data % 4 == 0);
     } catch (const models::Difference& difference) {
         std::fprintf(stderr, "%s\n", difference.what());
         std::abort();

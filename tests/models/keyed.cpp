@@ -329,7 +329,7 @@ struct BlockedModel {
         };
         for (const auto& [i, value] : twin)
             if (!same(i)) return false;
-        for (unsigned i = 0; i < 1 << 16; i += (1u << twin.shift) + 1)
+        for (unsigned i = 0; i < 1 << 16; i += (4u << twin.shift) + 1)
             if (!same(i)) return false;
         return true;
     }

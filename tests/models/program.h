@@ -16,7 +16,8 @@ namespace models {
 // platform, and whoever makes the bytes, a random engine or a fuzzer, reaches everything.
 class Program {
 public:
-    Program(const unsigned char* bytes, std::size_t size) : m_at(bytes), m_end(bytes + size) {}
+    explicit Program(const std::vector<unsigned char>& bytes, unsigned keys = ~0u)
+        : m_at(bytes.data()), m_end(m_at + bytes.size()), m_keys(keys) {}
 
     bool AtEnd() const { return m_at == m_end; }
 
@@ -30,12 +31,13 @@ public:
     bool OneIn(unsigned n) { return Below(n) == 0; }
 
     // Numbers as sparse data has them: in clusters around the edges of words, blocks and tables,
-    // on both sides of zero. Uniform ones would never meet.
+    // on both sides of zero. Uniform ones would never meet. The farthest ones cost a slot table of
+    // two megabytes each time a value is copied: long programs keep to the bits of m_keys.
     unsigned Key() {
         static constexpr unsigned kEdges[] = {0,        32,       8192,       1u << 20,   3u << 20,
                                               1u << 21, 1u << 24, 0x7fffff00, 0x80000000, 0};
         const unsigned edge = kEdges[Below(10)] + Below(48) - 16;
-        return OneIn(2) ? 0u - edge : edge;
+        return (OneIn(2) ? 0u - edge : edge) & m_keys;
     }
 
 private:
@@ -43,6 +45,7 @@ private:
 
     const unsigned char* m_at;
     const unsigned char* m_end;
+    unsigned m_keys;
 };
 
 inline std::vector<unsigned char> RandomBytes(unsigned seed, std::size_t size) {

@@ -113,6 +113,7 @@ template <class T>
 struct ListModel {
     using Value = cow_List<T>;
     using Twin = SequenceTwin<T>;
+    static constexpr int kMost = std::same_as<T, Boxed> ? 150 : 500;
 
     static bool Same(const Value& list, const Twin& twin) {
         return list.Length() == twin.Length() && Equal(list, twin);
@@ -130,7 +131,7 @@ struct ListModel {
         const int size = p.OneIn(4) ? 300 : p.Int(0, length);
         const T made = As<T>(p.Int(0, 9));
         const auto v = [&](const auto& l) -> const T& { return isOwn ? l.ConstGet(own) : made; };
-        if (length > 500) return run.Both([&](auto& l) { l.Resize(i); });
+        if (length > kMost) return run.Both([&](auto& l) { l.Resize(i); });
         if (length > 0 && p.OneIn(2))
             return run.OneOf([&](auto& l) { l.Get(i) = made; },
 
@@ -239,7 +240,7 @@ std::vector<Model> Sequences() {
         {"ListOfInt", 17931418331939303682u, Run<ListModel<int>>::Of},
         {"ListOfDouble", 14435612045041795332u, Run<ListModel<double>>::Of},
         {"ListOfString", 12989434470234003002u, Run<ListModel<cow_String>>::Of},
-        {"ListOfBoxed", 17931418331939303682u, Run<ListModel<Boxed>>::Of},
+        {"ListOfBoxed", 13100461283515355563u, Run<ListModel<Boxed>>::Of},
         {"FixedArrayOfDouble", 14649764833696425593u, Run<ArrayModel<cow_FixedArray<double>>>::Of},
         {"FixedArrayOfString", 7822925225923757920u,
          Run<ArrayModel<cow_FixedArray<cow_String>>>::Of},

@@ -59,10 +59,10 @@ struct PathModel {
 
 // A step is one array, converted in every way between marks, which stay as they are.
 template <class T>
-std::uint64_t ByteOrder(Program p, bool) {
+Outcome ByteOrder(Program p, bool) {
     using Swapper = omi_SwapperGuts;
-    std::uint64_t sum = 0;
-    while (!p.AtEnd()) {
+    Outcome outcome;
+    for (; !p.AtEnd(); ++outcome.steps) {
         const std::size_t n = p.Below(8) == 7 ? p.Below(700) : p.Below(70), offset = p.Below(33);
         const auto count = static_cast<std::ptrdiff_t>(n);
         std::vector<T> values(n), back(n), inPlace;
@@ -81,9 +81,9 @@ std::uint64_t ByteOrder(Program p, bool) {
         Require(!n || std::memcmp(inPlace.data(), &bytes[offset], n * sizeof(T)) == 0, "in place");
         Swapper::InternalizeArray(inPlace.data(), inPlace.data(), count);
         Require(inPlace == values && back == values, "the values read");
-        Mix(sum, bytes);
+        Mix(outcome.sum, bytes);
     }
-    return sum;
+    return outcome;
 }
 
 }  // namespace
