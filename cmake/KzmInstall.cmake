@@ -11,6 +11,8 @@ foreach(sibling coreutils generics alloc host)
   install(DIRECTORY siblings/${sibling}/include/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 endforeach()
 
+include(cmake/KzmDebugger.cmake)
+
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/KZMBasShared)
 install(EXPORT KZMBasSharedTargets NAMESPACE KZMBas:: DESTINATION ${package_dir})
 configure_package_config_file(cmake/KZMBasSharedConfig.cmake.in

@@ -1,4 +1,4 @@
-# cmake -D BUILD=... -D SOURCE=... -D FOLDER=... -D VERSION=... [-D TOOLCHAIN=...] -P check.cmake
+# cmake -D BUILD=... -D SOURCE=... -D FOLDER=... -D VERSION=... -D GDB=... [-D TOOLCHAIN=...] -P check.cmake
 # Installs the built library and proves with a client project that the install tree suffices.
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE text ERROR_VARIABLE text)
@@ -15,7 +15,7 @@ set(configure ${CMAKE_COMMAND} -S ${SOURCE} -G Ninja -DCMAKE_PREFIX_PATH=${FOLDE
 if(TOOLCHAIN)
   list(APPEND configure -DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN})
 endif()
-run(${configure} -B ${FOLDER}/build -DWANTED=${VERSION})
+run(${configure} -B ${FOLDER}/build -DCMAKE_BUILD_TYPE=Debug -DWANTED=${VERSION})
 run(${CMAKE_COMMAND} --build ${FOLDER}/build)
 if(TOOLCHAIN)
   string(REPLACE "/" "\\" folder "Z:${FOLDER}/installed/bin")
@@ -28,6 +28,21 @@ endif()
 string(STRIP "${text}" text)
 if(NOT text STREQUAL "700 same version" OR NOT status EQUAL 0)
   message(FATAL_ERROR "the client printed '${text}' and ended with ${status}")
+endif()
+
+# The installed views, which gdb finds by itself, show what the client is compiled with.
+set(views "table: omi_UintTable of length 3 = {[7] = 7, [30] = 0, [4000000000] = 0}")
+if(NOT TOOLCHAIN)
+  execute_process(COMMAND ${GDB} -nx -batch -iex "add-auto-load-safe-path ${FOLDER}/installed"
+    -ex "break KZMBasShared_finalize" -ex run -ex "up" -ex "printf \"table: \"" -ex "output table"
+    ${FOLDER}/build/consumer OUTPUT_VARIABLE text ERROR_VARIABLE text)
+  string(FIND "${text}" "${views}" found)
+  if(found EQUAL -1)
+    message(FATAL_ERROR "gdb did not show '${views}':\n${text}")
+  endif()
+endif()
+if(NOT EXISTS ${FOLDER}/installed/share/KZMBasShared/KZMBasShared.natvis)
+  message(FATAL_ERROR "the views for Visual Studio are not installed")
 endif()
 
 foreach(wrong 99.0 ${TOO_NEW})
