@@ -50,7 +50,7 @@ const std::vector<std::pair<int, double>>& Conduction::Row(int row) {
     return m_row;
 }
 
-System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& held,
+System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& held, double guess,
                 Tables& tables, WorkArrays& arrays) {
     std::vector<int> unknownOf(mesh.Nodes());
     std::vector<double> prescribed(mesh.Nodes());
@@ -61,20 +61,21 @@ System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& 
             prescribed[At(row)] = temperature;
         }
     });
-    std::vector<int> rowOf;  // of each unknown
+    std::vector<int> rowOf;  // of each own unknown
+    int count = 0;           // with those of the halo
     for (std::size_t row = 0; row < unknownOf.size(); ++row) {
         if (unknownOf[row] < 0) continue;
-        unknownOf[row] = static_cast<int>(rowOf.size());
-        rowOf.push_back(static_cast<int>(row));
+        unknownOf[row] = count++;
+        if (row < mesh.own) rowOf.push_back(static_cast<int>(row));
     }
-    const auto unknowns = static_cast<Eigen::Index>(rowOf.size());
+    const auto own = static_cast<Eigen::Index>(rowOf.size());
 
     std::vector<int> columns;  // grow; work arrays have one size
     std::vector<double> values;
     columns.reserve(16 * rowOf.size());
     values.reserve(16 * rowOf.size());
     int* const starts = arrays.New<int>("matrix row starts", rowOf.size() + 1);
-    WorkArrays::Vector load = arrays.NewVector("right-hand side", unknowns);
+    WorkArrays::Vector load = arrays.NewVector("right-hand side", own);
     for (std::size_t i = 0; i < rowOf.size(); ++i) {
         for (const auto& [column, value] : conduction.Row(rowOf[i])) {
             const int other = unknownOf[At(column)];
@@ -87,14 +88,12 @@ System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& 
         }
         starts[i + 1] = static_cast<int>(values.size());
     }
-    const System::Matrix matrix(unknowns, unknowns, static_cast<Eigen::Index>(values.size()),
-                                starts, arrays.NewCopy("matrix columns", columns),
+    const System::Matrix matrix(own, count, static_cast<Eigen::Index>(values.size()), starts,
+                                arrays.NewCopy("matrix columns", columns),
                                 arrays.NewCopy("matrix values", values));
-    WorkArrays::Vector guess = arrays.NewVector("solution", unknowns);
-    const auto [lowest, highest] = std::minmax_element(
-        held.begin(), held.end(), [](const auto& a, const auto& b) { return a.value < b.value; });
-    guess.setConstant((lowest->value + highest->value) / 2);
-    return {std::move(unknownOf), std::move(prescribed), matrix, load, guess};
+    WorkArrays::Vector unknowns = arrays.NewVector("solution", count);
+    unknowns.setConstant(guess);
+    return {std::move(unknownOf), std::move(prescribed), matrix, load, unknowns};
 }
 
 }  // namespace heat

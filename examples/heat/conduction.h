@@ -15,7 +15,7 @@ public:
     // Mesh and adjacency must outlive it.
     Conduction(const Mesh& mesh, const Adjacency& elementsAt, double conductivity);
 
-    // The row's columns in ascending order with their values; valid until the next call.
+    // An own row's columns in ascending order with their values; valid until the next call.
     const std::vector<std::pair<int, double>>& Row(int row);
 
 private:
@@ -26,7 +26,9 @@ private:
     std::vector<std::pair<int, double>> m_row;
 };
 
-// The equations of the nodes whose temperature is not given. Matrix and vectors are work arrays.
+// The equations of the rank's own nodes whose temperature is not given. The unknowns of its halo
+// follow after its own: the matrix has columns for them, but no rows. Matrix and vectors are work
+// arrays.
 struct System {
     using Matrix = Eigen::Map<const Eigen::SparseMatrix<double, Eigen::RowMajor>>;
 
@@ -34,10 +36,12 @@ struct System {
     std::vector<double> prescribed;  // by row; unset where it is not given
     Matrix matrix;
     WorkArrays::Vector load;
-    WorkArrays::Vector unknowns;  // a first guess: all halfway between the given temperatures
+    WorkArrays::Vector unknowns;
+
+    int UnknownOf(int row) const { return unknownOf[static_cast<std::size_t>(row)]; }
 };
 
-System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& held,
+System Assemble(Conduction& conduction, const Mesh& mesh, const BoundaryValues& held, double guess,
                 Tables& tables, WorkArrays& arrays);
 
 }  // namespace heat

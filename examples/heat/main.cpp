@@ -6,38 +6,48 @@
 #include <cstdio>
 #include <exception>
 #include <limits>
+#include <memory>
 #include <new>
+#include <optional>
 
 #include "alerts.h"
+#include "distribute.h"
 #include "files.h"
 #include "memory_manager.h"
-#include "output_folder.h"
-#include "picture.h"
-#include "report.h"
-#include "vtu.h"
+#include "results.h"
 
 namespace heat {
 namespace {
 
-void IntroduceProcess(const Options& options) {
-    KZMBasOmniProcessInfo::Initialize();
-    std::printf("%s, process %d, rank %d\n", KZMBasOmniProcessInfo::ExeName(),
+void IntroduceProcess(const Options& options, const Ranks& ranks) {
+    std::printf("%s, process %d, rank %d", KZMBasOmniProcessInfo::ExeName(),
                 KZMBasOmniProcessInfo::ProcessId(), KZMBasOmniProcessInfo::Rank());
+    std::printf(ranks.Count() > 1 ? " of %d\n" : "\n", ranks.Count());
     if (!options.environmentFile.Empty()) AppendEnvironment(options.environmentFile);
 }
 
+std::unique_ptr<Domain> ReadDomain(const Options& options, Progress& progress) {
+    const Part part = ReadPart(options, progress);
+    progress.Begin("numbering");
+    auto domain = std::make_unique<Domain>();
+    domain->name = part.name;
+    domain->mesh = BuildMesh(part, domain->tables);
+    domain->ends = FindEnds(part, domain->mesh, domain->tables);
+    return domain;
+}
+
 // The temperatures in the order of the rows, for those who draw and write.
-std::vector<double> ByRow(const Mesh& mesh, Tables& tables) {
-    std::vector<double> byRow(mesh.Nodes());
-    tables.clock.Time([&] {
+std::vector<double> ByRow(Domain& domain) {
+    std::vector<double> byRow(domain.mesh.Nodes());
+    domain.tables.clock.Time([&] {
         for (std::size_t row = 0; row < byRow.size(); ++row) {
-            tables.temperatures.ConstGetValue(mesh.labels[row], byRow[row]);
+            domain.tables.temperatures.ConstGetValue(domain.mesh.labels[row], byRow[row]);
         }
     });
     return byRow;
 }
 
-void FindExtremes(Tables& tables, Figures& figures) {
+void FindExtremes(Tables& tables, const Ranks& ranks, Figures& figures) {
     figures.lowest = std::numeric_limits<double>::max();
     figures.highest = std::numeric_limits<double>::lowest();
     tables.clock.Time([&] {
@@ -48,58 +58,93 @@ void FindExtremes(Tables& tables, Figures& figures) {
             figures.highest = std::max(figures.highest, each.CurrentValue());
         }
     });
+    figures.lowest = ranks.Least(figures.lowest);
+    figures.highest = ranks.Greatest(figures.highest);
 }
 
 // The exit code.
-int Run(const Options& options) {
-    OutputFolder folder(options.outDir);
-    IntroduceProcess(options);
-    Progress progress;
+int Run(const Options& options, Ranks& ranks) {
+    Results results(options.outDir, ranks);
+    Progress progress(ranks.IsFirst());
     Alerts alerts(progress);
-    const Part part = ReadPart(options, progress);
-
-    progress.Begin("numbering");
-    Tables tables;
-    const Mesh mesh = BuildMesh(part, tables);
-    const Ends ends = FindEnds(part, mesh, tables);
+    std::unique_ptr<Domain> domain;
+    ranks.Together([&] {
+        if (!ranks.IsFirst()) return;
+        IntroduceProcess(options, ranks);
+        domain = ReadDomain(options, progress);
+    });
+    if (ranks.Count() > 1) {
+        progress.Begin("distributing");
+        domain = Distribute(std::move(domain), ranks);
+    }
 
     progress.Begin("assembling");
     WorkArrays arrays;
-    Conduction conduction(mesh, tables.elementsAt, options.conductivity);
-    const BoundaryValues held = ValuesAt(ends, options.hot, options.cold, tables.clock);
-    System system = Assemble(conduction, mesh, held, tables, arrays);
+    std::optional<Conduction> conduction;
+    std::optional<System> system;
+    std::optional<Halo> halo;
+    ranks.Together([&] {
+        Tables& tables = domain->tables;
+        conduction.emplace(domain->mesh, tables.elementsAt, options.conductivity);
+        const BoundaryValues held = ValuesAt(domain->ends, options.hot, options.cold, tables.clock);
+        const double guess = (options.hot + options.cold) / 2;
+        system.emplace(Assemble(*conduction, domain->mesh, held, guess, tables, arrays));
+        halo.emplace(domain->mesh, tables, *system, ranks, arrays);
+    });
 
     alerts.StopGently();
     progress.Begin("solving");
     Figures figures;
-    figures.solution = Solve(system, conduction, mesh, ends, tables, arrays, progress, alerts);
+    figures.solution = Solve(*system, *conduction, *domain, *halo, ranks, arrays, progress, alerts);
 
     progress.Begin("writing");
-    FindExtremes(tables, figures);
-    const std::vector<double> byRow = ByRow(mesh, tables);
-    figures.part = part.name;
-    figures.nodes = mesh.Nodes();
-    figures.elements = mesh.elements.size();
-    figures.elementsPerNode = tables.elementsAt.Size() / static_cast<double>(mesh.Nodes());
-    figures.unknowns = static_cast<long>(system.load.size());
-    folder.Add("temperature.vtu", VtuOf(mesh, byRow, figures.solution.isConverged));
-    folder.Add("temperature.png", PictureOf(mesh, byRow, ends, part.name, figures.solution));
-    folder.Commit();
+    figures.part = domain->name;
+    FindExtremes(domain->tables, ranks, figures);
+    const std::vector<double> byRow = ByRow(*domain);
+    JoinFigures(*domain, *system, *halo, arrays, ranks, figures);
+    results.Write(*domain, byRow, figures);
     progress.End();
 
-    figures.tableSeconds = tables.clock.Seconds();
-    figures.heapBytes = std::size_t{tables.rows.Footprint()} + tables.temperatures.Footprint() +
-                        tables.elementsAt.Footprint() - MemoryManager::RowPool().BytesInUse() -
-                        MemoryManager::TemperaturePool().BytesInUse();
-    figures.workBytes = arrays.Bytes();
-    PrintReport(figures, progress.Phases());
-    if (options.report) PrintDetails(ends.sets, arrays);
-    std::printf("results\n  %s\n  %s\n", folder.Path("temperature.vtu").CStr(),
-                folder.Path("temperature.png").CStr());
-    FinishOutput();
-    if (figures.solution.isConverged) return 0;
-    std::fputs("heat: stopped before the solution converged\n", stderr);
-    return 128 + alerts.StopSignal();
+    ranks.Together([&] {
+        if (!ranks.IsFirst()) return;
+        PrintReport(figures, progress.Phases());
+        if (options.report) PrintDetails(figures, arrays);
+        results.PrintNames();
+        FinishOutput();
+        if (!figures.solution.isConverged) {
+            std::fputs("heat: stopped before the solution converged\n", stderr);
+        }
+    });
+    return figures.solution.isConverged ? 0 : 128 + figures.solution.stopSignal;
+}
+
+void Complain(const Ranks& ranks, const char* text) {
+    if (ranks.IsFirst()) {
+        std::fprintf(stderr, "heat: %s\n", text);
+    } else {
+        std::fprintf(stderr, "heat: rank %d: %s\n", ranks.Own(), text);
+    }
+}
+
+int RunCommandLine(int argc, char** argv, Ranks& ranks) {
+    try {
+        Options options;
+        ranks.Together([&] { options = ParseOptions(argc, argv); });
+        if (!options.help) return Run(options, ranks);
+        ranks.Together([&] {
+            if (!ranks.IsFirst()) return;
+            std::fputs(kUsage, stdout);
+            FinishOutput();
+        });
+        return 0;
+    } catch (const FailedElsewhere&) {
+    } catch (const std::bad_alloc&) {
+        Complain(ranks, "out of memory");
+    } catch (const std::exception& error) {
+        Complain(ranks, error.what());
+    }
+    ranks.GiveUp();
+    return 1;
 }
 
 }  // namespace
@@ -110,16 +155,9 @@ int main(int argc, char** argv) {
     std::signal(SIGXFSZ, SIG_IGN);  // a limit on files is an error of writing
     try {
         const heat::LibrarySession session;
-        const heat::Options options = heat::ParseOptions(argc, argv);
-        if (options.help) {
-            std::fputs(heat::kUsage, stdout);
-            heat::FinishOutput();
-            return 0;
-        }
-        return heat::Run(options);
-    } catch (const std::bad_alloc&) {
-        std::fputs("heat: out of memory\n", stderr);
-    } catch (const std::exception& error) {
+        heat::Ranks ranks;
+        return heat::RunCommandLine(argc, argv, ranks);
+    } catch (const std::exception& error) {  // nothing has begun
         std::fprintf(stderr, "heat: %s\n", error.what());
     }
     return 1;

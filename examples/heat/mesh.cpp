@@ -1,7 +1,10 @@
 #include "mesh.h"
 
+#include <omi/omi_SparseSet.h>
+
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <utility>
 
 #include "heat_error.h"
@@ -50,7 +53,7 @@ void FindSurface(Mesh& mesh, const Adjacency& elementsAt) {
     };
     constexpr std::size_t kFaces[4][3] = {{1, 2, 3}, {0, 3, 2}, {0, 1, 3}, {0, 2, 1}};
     std::vector<Triangle> triangles;
-    for (int row = 0; row < static_cast<int>(mesh.Nodes()); ++row) {
+    for (int row = 0; row < static_cast<int>(mesh.own); ++row) {
         triangles.clear();
         const auto* link = elementsAt.GetFirst(mesh.labels[static_cast<std::size_t>(row)]);
         for (; link != nullptr; link = link->next) {
@@ -72,6 +75,23 @@ void FindSurface(Mesh& mesh, const Adjacency& elementsAt) {
             if (next == i + 1) mesh.surface.push_back(triangles[i].seen);
             i = next;
         }
+    }
+}
+
+// A node is in the halo of every rank that has a node in one of its elements.
+void FindNeighbours(const Mesh& mesh, Tables& tables) {
+    std::map<int, omi_SparseSet> sharedWith;
+    for (const std::array<int, 4>& corners : mesh.elements) {
+        for (const int theirs : corners) {
+            if (mesh.IsOwn(theirs)) continue;
+            omi_SparseSet& shared = sharedWith[tables.halo.ConstGet(mesh.LabelOf(theirs))];
+            for (const int corner : corners) {
+                if (mesh.IsOwn(corner)) shared.Insert(mesh.LabelOf(corner));
+            }
+        }
+    }
+    for (const auto& [rank, labels] : sharedWith) {
+        tables.neighbours.Insert(rank, cow_List<int>(labels.begin(), labels.end()));
     }
 }
 
@@ -105,6 +125,7 @@ Mesh BuildMesh(const Part& part, Tables& tables) {
     if (missing != nullptr) {
         throw HeatError(Text("'", part.name, "' has an element at a missing node ", *missing));
     }
+    mesh.own = places.size() - part.haloRanks.size();
     mesh.coordinates = cow_2DArray<double>(static_cast<int>(places.size()), 3, 0);
     double* at = &mesh.coordinates.Get(0, 0);
     for (const std::size_t place : places) {
@@ -113,19 +134,13 @@ Mesh BuildMesh(const Part& part, Tables& tables) {
     }
     Orient(mesh, part.name);
     FindSurface(mesh, tables.elementsAt);
-    return mesh;
-}
-
-Extent ExtentOf(const Mesh& mesh) {
-    Extent box{mesh.PointAt(0), mesh.PointAt(0)};
-    for (std::size_t row = 1; row < mesh.Nodes(); ++row) {
-        const Point point = mesh.PointAt(row);
-        for (std::size_t k = 0; k < 3; ++k) {
-            box.low[k] = std::min(box.low[k], point[k]);
-            box.high[k] = std::max(box.high[k], point[k]);
+    tables.clock.Time([&] {
+        for (std::size_t i = 0; i < part.haloRanks.size(); ++i) {
+            tables.halo.Insert(mesh.labels[mesh.own + i], part.haloRanks[i]);
         }
-    }
-    return box;
+        FindNeighbours(mesh, tables);
+    });
+    return mesh;
 }
 
 }  // namespace heat

@@ -48,18 +48,25 @@ void OutputFolder::Commit() {
             }
         });
     }
-    for (std::size_t i = 0; i < m_files.size(); ++i) {
-        OnFile("cannot write", m_files[i].final, [&] {
-            try {
-                RenameFile(m_files[i].temporary, m_files[i].final);
-            } catch (const KZMBasException&) {
-                while (i-- > 0) unlink(m_files[i].final.CStr());
-                throw;
-            }
-        });
+    for (File& file : m_files) {
+        OnFile("cannot write", file.final, [&] { RenameFile(file.temporary, file.final); });
+        file.isInPlace = true;
     }
+}
+
+void OutputFolder::Keep() {
     m_files.clear();
     m_madeFolders.clear();
+}
+
+void OutputFolder::Remove(const char* fileName) const {
+    const cow_String path = Path(fileName);
+    OnFile("cannot replace", path, [&] {
+        if (unlink(path.CStr()) != 0 && errno != ENOENT) {
+            KZMBasUtlSystemError("unlink", KZMBasSystemError::Last())
+                .Throw("output_folder.cpp", __LINE__);
+        }
+    });
 }
 
 cow_String OutputFolder::Path(const char* fileName) const {
@@ -83,7 +90,9 @@ void OutputFolder::MakeFolders() {
 
 void OutputFolder::RemoveEverything() {
     std::error_code error;
-    for (const File& file : m_files) fs::remove(file.temporary.CStr(), error);
+    for (const File& file : m_files) {
+        fs::remove((file.isInPlace ? file.final : file.temporary).CStr(), error);
+    }
     for (auto each = m_madeFolders.rbegin(); each != m_madeFolders.rend(); ++each) {
         fs::remove(*each, error);
     }

@@ -7,8 +7,8 @@
 namespace heat {
 
 // The folder of the results. They are written under temporary names and appear all at once, by
-// Commit; without it nothing stays behind, neither files nor folders made on the way. Until the
-// first Add there is nothing on the disk.
+// Commit, in the order of Add; without Keep nothing stays behind, neither files nor folders made on
+// the way. Until the first Add there is nothing on the disk.
 class OutputFolder {
 public:
     // Throws HeatError where nothing can be written into the folder, or it can not be made, so that
@@ -20,12 +20,15 @@ public:
 
     void Add(const char* fileName, const std::string& contents);
     void Commit();
+    void Keep();
+    void Remove(const char* fileName) const;      // an older result, if it is there
     cow_String Path(const char* fileName) const;  // absolute, as the system knows it
 
 private:
     struct File {
         cow_String temporary;
         cow_String final;
+        bool isInPlace = false;
     };
 
     void MakeFolders();

@@ -16,7 +16,8 @@ struct ModelFace {
 };
 
 // The part in tetrahedra, under the node labels of its file or of the mesher. Labels run from 1 to
-// 2^31-1 in any order and with any gaps; nodes that no tetrahedron uses may be among them.
+// 2^31-1 in any order and with any gaps; nodes that no tetrahedron uses may be among them. Or one
+// rank's share of it: its nodes, then those of other ranks that its tetrahedra touch.
 struct Part {
     cow_String name;
     std::vector<int> labels;
@@ -24,6 +25,7 @@ struct Part {
     std::vector<int> corners;         // labels, four per tetrahedron
     std::vector<ModelFace> faces;     // none where the part is a mesh
     bool isCad = false;
+    std::vector<int> haloRanks;  // of a share: the ranks of the nodes at the end, ascending
 };
 
 // Reads the file and makes tetrahedra, except where it is a mesh that holds them already. Throws

@@ -22,6 +22,7 @@ constexpr int kWidth = 1600;
 constexpr int kHeight = 1000;
 constexpr int kPartLeft = 70, kPartTop = 120, kPartWidth = 1230, kPartHeight = 810;
 constexpr int kFine = 2;  // drawn pixels per pixel of the picture, for smooth edges
+constexpr std::uint32_t kCrease = 0xFF2A2E38, kBorder = 0xFFFFFFFF;  // colours, 0xAARRGGBB
 const double kCosCrease = std::cos(15 * std::numbers::pi / 180);  // edges sharper than 15 degrees
 
 struct Free {
@@ -34,8 +35,8 @@ using Context = std::unique_ptr<cairo_t, Free>;
 // The directions of the picture (right, down, towards the viewer) in the part's axes.
 class View {
 public:
-    View(const Mesh& mesh, std::size_t longest) {
-        const auto [low, high] = ExtentOf(mesh);
+    View(const Skin& skin, std::size_t longest) {
+        const auto [low, high] = ExtentOf(skin);
         const std::size_t next = (longest + 1) % 3, last = (longest + 2) % 3;
         const bool isNextLonger = high[next] - low[next] >= high[last] - low[last];
         Point right{}, up{};
@@ -58,10 +59,10 @@ private:
 };
 
 // Turned points, scaled and moved to fill the part's area.
-std::vector<Point> Placed(const Mesh& mesh, const View& view) {
+std::vector<Point> Placed(const Skin& skin, const View& view) {
     std::vector<Point> placed;
-    placed.reserve(mesh.Nodes());
-    for (std::size_t i = 0; i < mesh.Nodes(); ++i) placed.push_back(view.Turned(mesh.PointAt(i)));
+    placed.reserve(skin.Nodes());
+    for (std::size_t i = 0; i < skin.Nodes(); ++i) placed.push_back(view.Turned(skin.PointAt(i)));
     double low[2] = {placed[0][0], placed[0][1]}, high[2] = {low[0], low[1]};
     for (const Point& point : placed) {
         for (std::size_t k = 0; k < 2; ++k) {
@@ -83,23 +84,23 @@ double CosineOf(const Point& a, const Point& b) {
     return Dot(a, b) / std::sqrt(Dot(a, a) * Dot(b, b));
 }
 
-void DrawSurface(Raster& raster, const Mesh& mesh, const std::vector<Point>& placed,
+void DrawSurface(Raster& raster, const Skin& skin, const std::vector<Point>& placed,
                  const std::vector<double>& value) {
     const auto at = [&](int row) -> const Point& { return placed[static_cast<std::size_t>(row)]; };
     std::vector<Point> normals;
     std::vector<std::vector<std::size_t>> around(placed.size());
     std::map<std::pair<int, int>, std::size_t> openEdges;
-    for (std::size_t i = 0; i < mesh.surface.size(); ++i) {
-        const std::array<int, 3>& rows = mesh.surface[i];
+    for (std::size_t i = 0; i < skin.triangles.size(); ++i) {
+        const std::array<int, 3>& rows = skin.triangles[i];
         // The picture's axes are left-handed, since y points down.
         normals.push_back(
             Cross(Difference(at(rows[2]), at(rows[0])), Difference(at(rows[1]), at(rows[0]))));
         for (const int row : rows) around[static_cast<std::size_t>(row)].push_back(i);
     }
-    for (std::size_t i = 0; i < mesh.surface.size(); ++i) {
+    for (std::size_t i = 0; i < skin.triangles.size(); ++i) {
         std::array<Corner, 3> corners;
         for (std::size_t k = 0; k < 3; ++k) {
-            const auto row = static_cast<std::size_t>(mesh.surface[i][k]);
+            const auto row = static_cast<std::size_t>(skin.triangles[i][k]);
             corners[k] = {placed[row], {0, 0, 0}, value[row]};
             for (const std::size_t other : around[row]) {
                 if (CosineOf(normals[other], normals[i]) < kCosCrease) continue;
@@ -108,13 +109,15 @@ void DrawSurface(Raster& raster, const Mesh& mesh, const std::vector<Point>& pla
         }
         raster.Draw(corners);
     }
-    for (std::size_t i = 0; i < mesh.surface.size(); ++i) {
+    for (std::size_t i = 0; i < skin.triangles.size(); ++i) {
         for (std::size_t k = 0; k < 3; ++k) {
-            const int from = mesh.surface[i][k], to = mesh.surface[i][(k + 1) % 3];
+            const int from = skin.triangles[i][k], to = skin.triangles[i][(k + 1) % 3];
             const auto [other, isNew] = openEdges.try_emplace(std::minmax(from, to), i);
             if (isNew) continue;
-            if (CosineOf(normals[other->second], normals[i]) < kCosCrease) {
-                raster.DrawLine(at(from), at(to), kFine, 4.0 * kFine);
+            if (skin.ranks[other->second] != skin.ranks[i]) {
+                raster.DrawLine(at(from), at(to), 2 * kFine, 4.0 * kFine, kBorder);
+            } else if (CosineOf(normals[other->second], normals[i]) < kCosCrease) {
+                raster.DrawLine(at(from), at(to), kFine, 4.0 * kFine, kCrease);
             }
             openEdges.erase(other);
         }
@@ -207,14 +210,14 @@ cairo_status_t Append(void* target, const unsigned char* bytes, unsigned count) 
 
 }  // namespace
 
-std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
-                      const Ends& ends, const cow_String& name, const Solution& solution) {
-    const auto [low, high] = std::minmax_element(temperatureOfRow.begin(), temperatureOfRow.end());
+std::string PictureOf(const Skin& skin, int axis, const Figures& figures) {
+    const auto [low, high] =
+        std::minmax_element(skin.temperatures.begin(), skin.temperatures.end());
     std::vector<double> value;
-    for (const double each : temperatureOfRow) value.push_back((each - *low) / (*high - *low));
-    const View view(mesh, static_cast<std::size_t>(ends.axis));
+    for (const double each : skin.temperatures) value.push_back((each - *low) / (*high - *low));
+    const View view(skin, static_cast<std::size_t>(axis));
     Raster raster(kFine * kPartWidth, kFine * kPartHeight);
-    DrawSurface(raster, mesh, Placed(mesh, view), value);
+    DrawSurface(raster, skin, Placed(skin, view), value);
 
     const Surface surface(cairo_image_surface_create(CAIRO_FORMAT_RGB24, kWidth, kHeight));
     const Context context(cairo_create(surface.get()));
@@ -231,15 +234,19 @@ std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOf
     cairo_paint(context.get());
     cairo_restore(context.get());
 
-    Show(context.get(), kPartLeft, 64, 32, Drawable(name.CStr()).c_str(), true);
-    char mark[48] = "";
-    if (!solution.isConverged) {
-        std::snprintf(mark, sizeof mark, ", NOT CONVERGED after %d iterations",
-                      solution.iterations);
+    Show(context.get(), kPartLeft, 64, 32, Drawable(figures.part.CStr()).c_str(), true);
+    char parts[32] = "", mark[48] = "";
+    if (figures.ranks.size() > 1) {
+        std::snprintf(parts, sizeof parts, " in %zu parts", figures.ranks.size());
     }
-    char line[160];
-    std::snprintf(line, sizeof line, "Steady heat conduction along %c, %zu nodes, %zu tetrahedra%s",
-                  "xyz"[ends.axis], mesh.Nodes(), mesh.elements.size(), mark);
+    if (!figures.solution.isConverged) {
+        std::snprintf(mark, sizeof mark, ", NOT CONVERGED after %d iterations",
+                      figures.solution.iterations);
+    }
+    char line[200];
+    std::snprintf(line, sizeof line,
+                  "Steady heat conduction along %c, %.0f nodes, %.0f tetrahedra%s%s", "xyz"[axis],
+                  figures.nodes, figures.elements, parts, mark);
     Show(context.get(), kPartLeft, 98, 22, line);
     DrawLegend(context.get(), *low, *high);
     DrawAxes(context.get(), view);

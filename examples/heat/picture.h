@@ -1,14 +1,14 @@
 #pragma once
 #include <string>
 
-#include "solve.h"
+#include "report.h"
+#include "skin.h"
 
 namespace heat {
 
-// A PNG file of the part's surface, coloured by temperature, with a legend. The longest axis lies
-// across the picture. A solution that did not converge is marked. Throws HeatError where it cannot
-// be made.
-std::string PictureOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
-                      const Ends& ends, const cow_String& name, const Solution& solution);
+// A PNG file of the part's surface, coloured by temperature, with a legend. The given axis lies
+// across the picture. White lines separate what different ranks computed; a solution that did not
+// converge is marked. Throws HeatError where it cannot be made.
+std::string PictureOf(const Skin& skin, int axis, const Figures& figures);
 
 }  // namespace heat

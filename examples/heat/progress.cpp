@@ -16,7 +16,8 @@ double Now() {
 
 }  // namespace
 
-Progress::Progress() : m_descriptor(dup(STDOUT_FILENO)), m_terminal(isatty(m_descriptor) == 1) {}
+Progress::Progress(bool isShown)
+    : m_descriptor(isShown ? dup(STDOUT_FILENO) : -1), m_terminal(isatty(m_descriptor) == 1) {}
 
 Progress::~Progress() {
     End();

@@ -19,7 +19,7 @@ struct Phase {
 // mutes the libraries.
 class Progress {
 public:
-    Progress();
+    explicit Progress(bool isShown);  // if not, it keeps the time only
     ~Progress();
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;

@@ -87,7 +87,8 @@ void Raster::Draw(const std::array<Corner, 3>& triangle) {
     }
 }
 
-void Raster::DrawLine(const Point& from, const Point& to, int thickness, double bias) {
+void Raster::DrawLine(const Point& from, const Point& to, int thickness, double bias,
+                      std::uint32_t colour) {
     const Point along = Difference(to, from);
     const int steps = 1 + static_cast<int>(std::max(std::fabs(along[0]), std::fabs(along[1])));
     for (int i = 0; i <= steps; ++i) {
@@ -100,7 +101,7 @@ void Raster::DrawLine(const Point& from, const Point& to, int thickness, double 
                 const std::size_t pixel =
                     static_cast<std::size_t>(row) * static_cast<std::size_t>(m_width) +
                     static_cast<std::size_t>(column);
-                if (depth >= m_depth[pixel]) m_pixels[pixel] = 0xFF2A2E38;
+                if (depth >= m_depth[pixel]) m_pixels[pixel] = colour;
             }
         }
     }

@@ -24,8 +24,9 @@ public:
     Raster(int width, int height);
 
     void Draw(const std::array<Corner, 3>& triangle);
-    // A dark line; it shows where nothing is nearer than it by more than the bias.
-    void DrawLine(const Point& from, const Point& to, int thickness, double bias);
+    // It shows where nothing is nearer than it by more than the bias.
+    void DrawLine(const Point& from, const Point& to, int thickness, double bias,
+                  std::uint32_t colour);
 
     int Width() const { return m_width; }
     int Height() const { return m_height; }

@@ -5,23 +5,41 @@
 
 namespace heat {
 
+// What each rank tells the first one; numbers of any kind, since they go in one message.
+struct RankFigures {
+    double process = 0;  // identifier
+    double nodes = 0;
+    double haloNodes = 0;
+    double elements = 0;  // with those that other ranks have as well
+    double neighbours = 0;
+    double bytesSent = 0;  // to them, by an iteration
+    double tableBytes = 0;
+    double workBytes = 0;  // of the work arrays
+    double tableSeconds = 0;
+};
+
+// Of the whole job, as far as nothing else is said.
 struct Figures {
     cow_String part;
-    std::size_t nodes = 0;
-    std::size_t elements = 0;
-    long unknowns = 0;
+    double nodes = 0;
+    double elements = 0;
+    double unknowns = 0;
     double lowest = 0;
     double highest = 0;
     Solution solution;
-    double tableSeconds = 0;
-    double elementsPerNode = 0;
-    std::size_t heapBytes = 0;  // of the tables, outside the pools
-    std::size_t workBytes = 0;  // of the work arrays
+    double heapBytes = 0;  // of this rank's tables, outside the pools
+    cow_Map<cow_String, double> setSizes;
+    std::vector<RankFigures> ranks;  // on the first rank
 };
+
+// On all ranks together; the figures of the solution are there already.
+void JoinFigures(const Domain& domain, const System& system, const Halo& halo,
+                 const WorkArrays& arrays, const Ranks& ranks, Figures& figures);
 
 void PrintReport(const Figures& figures, const std::vector<Phase>& phases);
 
-// What --report adds: the node sets, the work arrays and the tables of the memory manager.
-void PrintDetails(const NodeSets& sets, const WorkArrays& arrays);
+// What --report adds: each rank, the node sets, the work arrays and the tables of the memory
+// manager.
+void PrintDetails(const Figures& figures, const WorkArrays& arrays);
 
 }  // namespace heat

@@ -19,10 +19,12 @@ using TemperatureTable =
     omi_IntTable<double, KZMBasSrmAllocator<kTemperatureResource>>;  // node label -> degrees
 using Adjacency = omi_IntMultiMap<int, KZMBasOmiDefaultAllocator>;   // node label -> elements
 using LabelBits = omi_BlkBitVect;                                    // of node labels
+using HaloTable = omi_IntTable<int, KZMBasOmiDefaultAllocator>;      // node label -> its rank
 
 // What is passed on and kept: values, whose copies share everything until one is written.
 using NodeSets = cow_Map<cow_String, cow_List<int>>;  // name -> node labels, ascending
 using BoundaryValues = cow_Btree<int, double>;        // node label -> degrees it is held at
+using Neighbours = cow_Map<int, cow_List<int>>;       // rank -> node labels, ascending
 
 // Adds up the time of passes that consist of table operations only.
 class TableClock {
@@ -45,6 +47,8 @@ struct Tables {
     RowTable rows;
     Adjacency elementsAt;  // of each node in use, ascending
     TemperatureTable temperatures;
+    HaloTable halo;         // of the nodes that belong to other ranks
+    Neighbours neighbours;  // which of this rank's nodes are in the halo of others
     TableClock clock;
 };
 

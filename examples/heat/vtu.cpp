@@ -1,5 +1,6 @@
 #include "vtu.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <numeric>
@@ -29,9 +30,30 @@ private:
     std::string m_bytes;
 };
 
+std::string FileStart(const char* type) {
+    const bool isLittle = std::endian::native == std::endian::little;
+    return "<?xml version=\"1.0\"?>\n<VTKFile type=\"" + std::string(type) +
+           "\" version=\"1.0\" byte_order=\"" + (isLittle ? "Little" : "Big") +
+           "Endian\" header_type=\"UInt64\">\n";
+}
+
+constexpr char kGhosts[] = "vtkGhostType";
+constexpr std::uint8_t kDuplicate = 1;  // shown by another piece
+
+// Of each node of a share.
+std::vector<std::int32_t> RanksOfNodes(const Domain& domain, int own) {
+    std::vector<std::int32_t> ranks;
+    for (int row = 0; row < static_cast<int>(domain.mesh.Nodes()); ++row) {
+        ranks.push_back(domain.RankOf(row, own));
+    }
+    return ranks;
+}
+
 }  // namespace
 
-std::string VtuOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow, bool isConverged) {
+std::string VtuOf(const Domain& domain, const std::vector<double>& temperatureOfRow,
+                  bool isConverged, const Ranks& ranks) {
+    const Mesh& mesh = domain.mesh;
     const std::size_t nodes = mesh.Nodes();
     const std::size_t elements = mesh.elements.size();
     std::vector<std::int32_t> offsets(elements, 4);
@@ -39,11 +61,7 @@ std::string VtuOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
     const std::vector<std::uint8_t> types(elements, 10);  // tetrahedra
 
     Arrays arrays;
-    const bool isLittle = std::endian::native == std::endian::little;
-    std::string text =
-        "<?xml version=\"1.0\"?>\n<VTKFile type=\"UnstructuredGrid\" version=\"1.0\" ";
-    text += isLittle ? "byte_order=\"LittleEndian\"" : "byte_order=\"BigEndian\"";
-    text += " header_type=\"UInt64\">\n<UnstructuredGrid>\n<FieldData>\n";
+    std::string text = FileStart("UnstructuredGrid") + "<UnstructuredGrid>\n<FieldData>\n";
     const std::int32_t converged = isConverged ? 1 : 0;
     text += arrays.Add("converged", "Int32", 1, &converged, 1);
     text += "</FieldData>\n<Piece NumberOfPoints=\"" + std::to_string(nodes) +
@@ -51,7 +69,24 @@ std::string VtuOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
     text += "<PointData Scalars=\"temperature\">\n";
     text += arrays.Add("temperature", "Float64", 1, temperatureOfRow.data(), nodes);
     text += arrays.Add("label", "Int32", 1, mesh.labels.data(), nodes);
-    text += "</PointData>\n<Points>\n";
+    if (ranks.Count() > 1) {
+        const std::vector<std::int32_t> rankOf = RanksOfNodes(domain, ranks.Own());
+        std::vector<std::uint8_t> ghosts(nodes);
+        std::fill(ghosts.begin() + static_cast<long>(mesh.own), ghosts.end(), kDuplicate);
+        text += arrays.Add("rank", "Int32", 1, rankOf.data(), nodes);
+        text += arrays.Add(kGhosts, "UInt8", 1, ghosts.data(), nodes);
+        ghosts.assign(elements, 0);
+        for (std::size_t i = 0; i < elements; ++i) {
+            if (domain.LowestRank(mesh.elements[i], ranks.Own()) < ranks.Own()) {
+                ghosts[i] = kDuplicate;
+            }
+        }
+        text += "</PointData>\n<CellData>\n";
+        text += arrays.Add(kGhosts, "UInt8", 1, ghosts.data(), elements);
+        text += "</CellData>\n<Points>\n";
+    } else {
+        text += "</PointData>\n<Points>\n";
+    }
     text += arrays.Add("position", "Float64", 3, mesh.coordinates.begin(), 3 * nodes);
     text += "</Points>\n<Cells>\n";
     text += arrays.Add("connectivity", "Int32", 1, mesh.elements.data()->data(), 4 * elements);
@@ -62,5 +97,25 @@ std::string VtuOf(const Mesh& mesh, const std::vector<double>& temperatureOfRow,
     text += "\n</AppendedData>\n</VTKFile>\n";
     return text;
 }
+
+std::string PvtuOf(const Ranks& ranks) {
+    const std::string ghosts =
+        "<PDataArray type=\"UInt8\" Name=\"" + std::string(kGhosts) + "\"/>\n";
+    std::string text = FileStart("PUnstructuredGrid") +
+                       "<PUnstructuredGrid GhostLevel=\"1\">\n"
+                       "<PPointData Scalars=\"temperature\">\n"
+                       "<PDataArray type=\"Float64\" Name=\"temperature\"/>\n"
+                       "<PDataArray type=\"Int32\" Name=\"label\"/>\n"
+                       "<PDataArray type=\"Int32\" Name=\"rank\"/>\n" +
+                       ghosts + "</PPointData>\n<PCellData>\n" + ghosts +
+                       "</PCellData>\n<PPoints>\n<PDataArray type=\"Float64\" "
+                       "Name=\"position\" NumberOfComponents=\"3\"/>\n</PPoints>\n";
+    for (int rank = 0; rank < ranks.Count(); ++rank) {
+        text += "<Piece Source=\"" + PieceName(rank) + "\"/>\n";
+    }
+    return text + "</PUnstructuredGrid>\n</VTKFile>\n";
+}
+
+std::string PieceName(int rank) { return "temperature_" + std::to_string(rank) + ".vtu"; }
 
 }  // namespace heat

@@ -3,7 +3,7 @@
 
 build_packages=(cmake ninja-build g++ ccache python3)
 test_packages=(libgtest-dev gfortran mpich gdb)
-example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev pkg-config)
+example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev libmetis-dev libmpich-dev pkg-config)
 peer_packages=(libabsl-dev qtbase5-dev robin-map-dev libjudy-dev libroaring-dev libboost-dev)
 
 # With the compiler cache, later builds and other clones share what is the same.

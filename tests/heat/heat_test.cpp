@@ -10,6 +10,8 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <map>
+#include <sstream>
 #include <tuple>
 #include <vector>
 
@@ -21,9 +23,15 @@ namespace {
 
 constexpr auto kFromOne = [](int place) { return place + 1; };
 
+std::string OnRanks(int count) {
+    return count > 1 ? HEAT_LAUNCHER " -n " + std::to_string(count) + " " : "";
+}
+
 std::string Contents(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::ostringstream contents;  // empty for a folder
+    contents << file.rdbuf();
+    return contents.str();
 }
 
 // The named array of a .vtu file with appended data.
@@ -62,6 +70,7 @@ protected:
         m_output = Contents(File("stdout"));
         m_error = Contents(File("stderr"));
         m_vtu = Contents(File("out/temperature.vtu"));
+        if (m_vtu.empty()) m_vtu = Contents(File("out/temperature_1.vtu"));
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
@@ -70,6 +79,24 @@ protected:
         const std::size_t line = m_output.find("\n  " + name + " ");
         if (line == m_output.npos) return NAN;
         return std::stod(m_output.substr(line + 3 + name.size()));
+    }
+
+    // The temperature of each label, from all files that the run wrote.
+    std::map<int, double> Temperatures() const {
+        std::map<int, double> all;
+        for (const auto& file : fs::directory_iterator(File("out"))) {
+            if (file.path().extension() != ".vtu") continue;
+            const std::string vtu = Contents(file.path());
+            const auto labels = ArrayOf<int>(vtu, "label");
+            const auto temperatures = ArrayOf<double>(vtu, "temperature");
+            auto ghosts = ArrayOf<char>(vtu, "vtkGhostType");
+            ghosts.resize(labels.size());
+            for (std::size_t i = 0; i < labels.size(); ++i) {
+                if (ghosts[i] != 0) continue;
+                EXPECT_TRUE(all.emplace(labels[i], temperatures[i]).second) << labels[i];
+            }
+        }
+        return all;
     }
 
     std::string m_folder, m_output, m_error, m_vtu;
@@ -135,6 +162,47 @@ TEST_F(HeatTest, HeatThroughTheRealPartBalances) {
     EXPECT_NEAR(Figure("highest temperature"), 80, 1e-4);
 }
 
+TEST_F(HeatTest, AnyNumberOfRanksGetsTheSameTemperatures) {
+    WriteBoxMesh(File("box.msh"), false, [](int place) { return INT_MAX - 8190 * place; });
+    gmsh::initialize();
+    gmsh::model::occ::addTorus(0, 0, 0, 3, 1, -1, 2.5);
+    gmsh::model::occ::synchronize();
+    gmsh::write(File("bend.brep"));
+    gmsh::finalize();
+    const std::pair<std::string, int> parts[] = {{"box.msh", 4}, {"bend.brep", 1}};
+    for (const auto& [name, least] : parts) {
+        fs::remove_all(File("out"));
+        ASSERT_EQ(Run(File(name) + " --size 0.5"), 0) << m_error;
+        const auto expected = Temperatures();
+        const double nodes = Figure("nodes"), elements = Figure("elements");
+        for (int count = least; count <= 4; ++count) {
+            SCOPED_TRACE(name + " on " + std::to_string(count));
+            fs::remove_all(File("out"));
+            const std::string launch = HEAT_LAUNCHER " -n " + std::to_string(count) + " ";
+            ASSERT_EQ(Run(File(name) + " --size 0.5", launch), 0) << m_error;
+            EXPECT_EQ(Figure("nodes"), nodes);
+            EXPECT_EQ(Figure("elements"), elements);
+            const auto temperatures = Temperatures();
+            ASSERT_EQ(temperatures.size(), expected.size());
+            for (const auto& [label, temperature] : expected)
+                ASSERT_NEAR(temperatures.at(label), temperature, 1e-9) << label;
+            EXPECT_EQ(fs::exists(File("out/temperature.pvtu")), count > 1);
+        }
+    }
+}
+
+TEST_F(HeatTest, RankThatIsKilledEndsAllAndLeavesNothing) {
+    WriteBoxMesh(File("bar.msh"), false, kFromOne, 3000);
+    const std::string launch =
+        OnRanks(3) + "sh -c 'echo $$ >" + File("process") + "$PMI_RANK; exec \"$@\"' sh ";
+    const std::string kill = " & until grep -qs '^solving$' " + File("stdout") +
+                             "; do sleep 0.01; done; kill -9 $(cat " + File("process1") +
+                             "); wait $!";
+    EXPECT_EQ(Run(File("bar.msh"), launch, kill), 9);
+    EXPECT_NE(m_output.find("Killed (signal 9)"), m_output.npos) << m_output << m_error;
+    EXPECT_FALSE(fs::exists(File("out")));
+}
+
 TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
     const auto expectRefusal = [&](const std::string& arguments, const char* message) {
         SCOPED_TRACE(arguments);
@@ -186,16 +254,17 @@ TEST_F(HeatTest, SignalsAskForProgressAndStopTheIterationWithItsBestSolution) {
         return " until grep -qs '" + std::string(printed) + "' " + File("stdout") + "; do kill -" +
                signal + " $! || exit 1; sleep 0.01; done;";
     };
-    const std::tuple<std::string, int> stops[] = {{"INT", 130}, {"TERM", 143}};
-    for (const auto& [stop, code] : stops) {
+    const std::tuple<std::string, int, int> stops[] = {
+        {"INT", 130, 1}, {"TERM", 143, 1}, {"TERM", 143, 2}};
+    for (const auto& [stop, code, ranks] : stops) {
         SCOPED_TRACE(stop);
         const std::string after = " &" + sendUntil("0", "^solving$") +
                                   sendUntil("USR1", "^solving: .* %, .* s$") + " kill -" + stop +
                                   " $!; wait $!";
-        EXPECT_EQ(Run(File("bar.msh") + " --report", "", after), code);
+        EXPECT_EQ(Run(File("bar.msh") + " --report", OnRanks(ranks), after), code);
         EXPECT_EQ(m_error, "heat: stopped before the solution converged\n");
         EXPECT_EQ(ArrayOf<int>(m_vtu, "converged"), std::vector<int>{0});
-        EXPECT_EQ(ArrayOf<double>(m_vtu, "temperature").size(), 16u * 3001);
+        EXPECT_EQ(Temperatures().size(), 16u * 3001);
         fs::remove_all(File("out"));
         fs::remove(File("stdout"));  // the next run must not be taken for this one
     }
@@ -211,12 +280,19 @@ TEST_F(HeatTest, ResultsAppearTogetherOrNotAtAll) {
     EXPECT_EQ(Run(File("box.msh"), "ulimit -f 8; "), 1);
     EXPECT_NE(m_error.find("temperature.vtu': Write Error: File too large"), m_error.npos);
     EXPECT_FALSE(fs::exists(File("out")));
-    fs::create_directories(File("out/temperature.png"));
-    EXPECT_EQ(Run(File("box.msh")), 1);
-    EXPECT_NE(m_error.find("Is a directory"), m_error.npos);
-    const auto entries = fs::directory_iterator(File("out"));
-    EXPECT_EQ(std::distance(fs::begin(entries), fs::end(entries)), 1);
-    fs::remove(File("out/temperature.png"));
+    const std::tuple<std::string, int> folders[] = {
+        {".png", 1}, {".png", 2}, {".pvtu", 2}, {"_1.vtu", 3}};
+    for (const auto& [ending, ranks] : folders) {
+        SCOPED_TRACE(ending);
+        const std::string folder = File("out/temperature" + ending);
+        fs::create_directories(folder);
+        EXPECT_EQ(Run(File("box.msh"), OnRanks(ranks)), 1);
+        EXPECT_NE(m_error.find("Is a directory"), m_error.npos);
+        EXPECT_EQ(std::count(m_error.begin(), m_error.end(), '\n'), 1) << m_error;
+        const auto entries = fs::directory_iterator(File("out"));
+        EXPECT_EQ(std::distance(fs::begin(entries), fs::end(entries)), 1);
+        fs::remove(folder);
+    }
     EXPECT_EQ(Run(File("box.msh"), "", " >/dev/full"), 1);
     EXPECT_EQ(m_error, "heat: cannot write the output: No space left on device\n");
 }
