@@ -1,5 +1,6 @@
 // A model under libFuzzer: fuzz_models --model=NAME [options of libFuzzer]. With --list it tells
-// the names. The first byte of an input says whether memory is refused, the others are the program.
+// the names. The first byte of an input says whether memory is refused and how far the keys go,
+// the others are the program.
 #include <models/model.h>
 
 #include <cstdlib>
@@ -22,7 +23,7 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t siz
     if (size == 0) return 0;
     try {
         const std::vector<unsigned char> program(data + 1, data + size);
-        g_run(models::Program(program), *data % 4 == 0);
+        g_run(models::Program(program, *data & 4 ? ~0u : 0xffff), *data % 4 == 0);
     } catch (const models::Difference& difference) {
         std::fprintf(stderr, "%s\n", difference.what());
         std::abort();

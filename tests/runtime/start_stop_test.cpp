@@ -108,6 +108,13 @@ TEST_F(StartStop, CyclesLeaveNoBlockBehindAndAStartWithoutMemoryTheLibraryStoppe
     ForEveryAllocationFailure(
         [] { return Program(); }, work,
         [](const Program& program, bool) { EXPECT_EQ(program.count, Running() ? 13 : 0); });
+    host_heap::Watch();
+    for (int times = 0; times < 10000; ++times) {
+        Program program;
+        work(program);
+    }
+    EXPECT_EQ(host_heap::g_probe.live, 0);
+    host_heap::Unwatch();
 }
 
 TEST_F(StartStop, TheEnvironmentIsReadAtEachStart) {

@@ -1,0 +1,27 @@
+"""The kept programs of a model: a text file with one program a line, in base64, shortest first.
+
+usage: corpus.py unpack FILE FOLDER    writes each program into a file of its own, for libFuzzer
+       corpus.py pack FOLDER FILE      the way back
+"""
+import base64
+import hashlib
+import pathlib
+import sys
+
+
+def unpack(file, folder):
+    folder.mkdir(parents=True, exist_ok=True)
+    for line in file.read_text().split() if file.exists() else []:
+        program = base64.b64decode(line, validate=True)
+        (folder / hashlib.sha1(program).hexdigest()).write_bytes(program)
+
+
+def pack(folder, file):
+    programs = sorted({each.read_bytes() for each in folder.iterdir()}, key=lambda p: (len(p), p))
+    file.parent.mkdir(parents=True, exist_ok=True)
+    file.write_text("".join(base64.b64encode(each).decode() + "\n" for each in programs if each))
+
+
+if len(sys.argv) != 4 or sys.argv[1] not in ("pack", "unpack"):
+    sys.exit(__doc__)
+(pack if sys.argv[1] == "pack" else unpack)(pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3]))
