@@ -13,9 +13,6 @@ namespace {
 template <class T>
 using Kind = std::type_identity<T>;
 
-template <class T>
-using Copied = decltype(std::declval<const T&>().Copy());
-
 template <class... Family>
 struct Families : Family... {
     using Family::operator()...;
@@ -30,6 +27,19 @@ bool Walk(Kind<Iterator>, auto container) {
     it.Next();
     return it.IsDone();
 }
+
+struct TableFamily {
+    template <template <class, class> class Table, class V, class A>
+    bool operator()(Kind<Table<V, A>>) const requires requires(const Table<V, A> t) {
+        t.Copy();
+    }
+    {
+        Table<V, A> table;
+        table.Insert(9, V());
+        const std::unique_ptr<Table<V, A>> copy(table.Copy());
+        return table.Remove(9) && copy->Footprint() > 0;
+    }
+};
 
 // A few calls for each family of templates. What has no family here is made and copied where it can
 // be, and does not compile where it cannot.
@@ -101,13 +111,7 @@ constexpr Families kWorks{
         block.Insert(3, V());
         return block.Remove(3) && block.Footprint() > 0;
     },
-    []<template <class, class> class Table, class V, class A, class = Copied<Table<V, A>>>(
-        Kind<Table<V, A>>){Table<V, A> table;
-table.Insert(9, V());
-const std::unique_ptr<Table<V, A>> copy(table.Copy());
-return table.Remove(9) && copy->Footprint() > 0;
-}  // namespace
-,
+    TableFamily(),
     []<int N>(Kind<KZMBasSrmAllocator<N>>) {
         using Policy = KZMBasSrmAllocator<N>;
         Policy::Initialize();
@@ -124,9 +128,7 @@ return table.Remove(9) && copy->Footprint() > 0;
         base.Unlock();
         KZMBasAtiGlobalSingleton<T>::Finalize();
         return true;
-    }
-}
-;
+    }};
 
 TEST(Instances, EachCanBeUsedByAClientBuiltWithoutOptimisation) {
 #define CHECK_ONE(...) EXPECT_TRUE(kWorks(Kind<__VA_ARGS__>())) << #__VA_ARGS__;
