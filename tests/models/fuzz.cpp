@@ -6,7 +6,7 @@
 #include <cstdlib>
 
 namespace {
-constinit models::Outcome (*g_run)(models::Program, bool) = nullptr;
+constinit decltype(models::Model::run) g_run = nullptr;
 }
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
