@@ -228,7 +228,7 @@ def main():
     args = parser.parse_args()
 
     headers = sorted(h for folder in args.headers for h in Path(folder).rglob("*.h")
-                     if h.name != "kzm_export.h")
+                     if h.name != "kzm_export.h" and h.parent.name != "interop")
     flags = ["-std=c++20", *(f"-I{d}" for d in dict.fromkeys(args.include + args.headers))]
     with tempfile.TemporaryDirectory() as scratch:
         interface = Interface(args.compiler, flags, headers, args.headers, Path(scratch))

@@ -258,6 +258,8 @@ private:
     friend class cow_ListConstIterator;
     template <class>
     friend class cow_ListIter;
+    template <class, class>
+    friend class cow_ListRuns;
     friend struct kzm_Layout;
     friend struct kzm_ListView;
 

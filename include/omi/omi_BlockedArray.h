@@ -80,6 +80,8 @@ private:
     friend class omi_BlkBitVect;
     template <class, class>
     friend class omi_TableWalk;
+    template <class, class>
+    friend class omi_BlockSource;
     friend KZM_API void SetBitTraverseData(const omi_BlkBitVect*, omi_BlkBitVectTrav*);
 
     static T** NewTable(unsigned slots);  // of null entries, null for 0 slots

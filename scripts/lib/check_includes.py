@@ -9,7 +9,7 @@ import re
 import subprocess
 import sys
 
-LAYERS = ["host", "coreutils", "generics", "alloc", "values", "runtime", "frame"]
+LAYERS = ["host", "coreutils", "generics", "alloc", "values", "runtime", "frame", "interop"]
 FOLDER_LAYER = {"cow": "values", "omi": "values", "runtime": "runtime", "errors": "frame",
                 "process": "frame", "files": "frame", "platform": "alloc"}
 
