@@ -2,7 +2,7 @@
 # stands in the top folder.
 
 build_packages=(cmake ninja-build g++ ccache python3)
-test_packages=(libgtest-dev gfortran mpich gdb libeigen3-dev)
+test_packages=(libgtest-dev gfortran mpich gdb libeigen3-dev abigail-tools dpkg-dev file pkg-config)
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev libmetis-dev libmpich-dev pkg-config)
 peer_packages=(libabsl-dev qtbase5-dev robin-map-dev libjudy-dev libroaring-dev libboost-dev)
 
