@@ -56,7 +56,7 @@ function(kzm_library name)
       target_compile_options(${name}_objects PRIVATE -fno-gnu-unique)
     endif()
     if(KZM_DEBUG_INFO)
-      # Following variables through optimised code would take a tenth of the build.
+      # Types are asked for; following variables through optimised code would cost time.
       target_compile_options(${name}_objects PRIVATE -g -fno-var-tracking)
     endif()
   endif()
