@@ -39,6 +39,7 @@ public:
         --*this;
         return before;
     }
+    // Whether both stand on the same entry, or are done.
     friend bool operator==(const cow_BtreeWalk& a, const cow_BtreeWalk& b) {
         return a.CurrentNode() == b.CurrentNode();
     }

@@ -49,6 +49,7 @@ public:
     bool IsDone() const { return !m_current; }
     const Node* CurrentNode() const { return m_current; }
 
+    // Whether both stand on the same entry, or are done.
     friend bool operator==(const cow_MapWalk& a, const cow_MapWalk& b) {
         return a.m_current == b.m_current;
     }
