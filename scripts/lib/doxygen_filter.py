@@ -332,8 +332,12 @@ def page(path):
 
     def link(match):
         target = match.group(2).split("#")[0]
-        inside = re.match(r"[a-z]+:", target) or not target or (
-            (path.parent / target).resolve().is_relative_to(Path("docs").resolve()))
+        if re.match(r"[a-z]+:", target) or not target:
+            return match.group()
+        file = (path.parent / target).resolve()
+        if file.name == "getting-started.md":  # the start page
+            return f"[{match.group(1)}](index.html)"
+        inside = file.is_file() and file.suffix == ".md" and file.is_relative_to(Path("docs").resolve())
         return match.group() if inside else match.group(1)
 
     text = re.sub(r"\[([^\]]*)\]\(([^)\s]+)\)", link, text)

@@ -27,7 +27,7 @@ SHOWN_BY = {
     "cow_2DArrayRep": "cow_2DArray", "cow_BtreeNode": "cow_Btree", "cow_BtreeOrder": "cow_Btree",
     "cow_BtreeWalk": "cow_Btree", "cow_Counter": "cow_CountedHld",
     "cow_FixedArrayRep": "cow_FixedArray", "cow_KeyValue": "cow_Map", "cow_ListBlock": "cow_List",
-    "cow_ListConstIterator": "cow_List", "cow_MapNode": "cow_Map", "cow_MapWalk": "cow_Map",
+    "cow_ListConstIterator": "cow_List", "cow_ListRuns": "cow_WritableRuns", "cow_MapNode": "cow_Map", "cow_MapWalk": "cow_Map",
     "mem_AllocationOperatorsTiny": "mem_AllocationOperators",
     "mem_AllocatorResource": "mem_PolicyResource", "mem_PoolResource": "mem_PolicyResource",
     "mem_SourceResource": "mem_PolicyResource",
