@@ -80,6 +80,7 @@ public:
     using const_iterator = const T*;
     using iterator = const T*;
 
+    cow_2DArray() : m_rep(NewRep(0, 0, T())) {}
     cow_2DArray(int rows, int cols, const T& v) : m_rep(NewRep(rows, cols, v)) {}  // < 0 as 0
     // Copies share all elements: two pointers and an increment.
     cow_2DArray(const cow_2DArray& other) noexcept : m_rep(other.m_rep) {}

@@ -181,6 +181,11 @@ public:
     bool IsEmpty() const { return m_root.IsNull(); }
     bool IsMember(const K& key) const { return FindValue(key) != nullptr; }
 
+    // The key's value, null if it is absent: tells an absent key from one whose value is V().
+    const V* FindValue(const K& key) const {
+        return m_root.HasValue() ? m_root.GetRef().ConstFind(key) : nullptr;
+    }
+
     // The key's value, or GetNullValue(). Never copies anything.
     const V& ConstFind(const K& key) const {
         const V* const value = FindValue(key);
@@ -220,9 +225,6 @@ public:
 private:
     friend struct kzm_Layout;
 
-    const V* FindValue(const K& key) const {
-        return m_root.HasValue() ? m_root.GetRef().ConstFind(key) : nullptr;
-    }
     void BalanceRoot();
 
     Handle m_root;  // null referent: empty

@@ -105,6 +105,12 @@ public:
     bool IsEmpty() const { return m_size == 0; }
     bool IsMember(const K& key) const { return FindNode(key) != nullptr; }
 
+    // The key's value, null if it is no member: a look-up and a test in one.
+    const V* FindValue(const K& key) const {
+        const Node* const node = FindNode(key);
+        return node ? &node->value : nullptr;
+    }
+
     // The value of a key that must be a member; otherwise the process ends.
     const V& ConstGet(const K& key) const {
         const Node* const node = FindNode(key);

@@ -54,6 +54,12 @@ public:
     const_iterator end() const;
 
     bool operator==(const omi_Set& other) const;  // equal members
+    bool Contains(const omi_Set& other) const {   // `other` is a subset of this
+        return m_members.Contains(other.m_members) && m_negative.Contains(other.m_negative);
+    }
+    bool HasOverlap(const omi_Set& other) const {  // some number is a member of both
+        return m_members.HasOverlap(other.m_members) || m_negative.HasOverlap(other.m_negative);
+    }
 
     // On standard output: the title on a line of its own, then the members, eight a line.
     void Print(const char* title) const;

@@ -27,7 +27,7 @@ namespace {
 
 TEST(Spans, ArraysAreReadInPlaceAndDetachForWriting) {
     cow_FixedArray<int> array(3, 7), none;
-    cow_2DArray<int> plane(2, 3, 1), flat(0, 3, 1);
+    cow_2DArray<int> plane(2, 3, 1), flat;
     const cow_FixedArray<int> arrayBefore(array);
     const cow_2DArray<int> planeBefore(plane);
     EXPECT_EQ(cow_ConstSpan(array).data(), arrayBefore.begin());

@@ -122,11 +122,11 @@ struct MapModel {
         if constexpr (kHash)
             return {c.LookUp(key, value), value, K()};
         else if constexpr (kTree)
-            return {c.IsMember(key), c.ConstFind(key), K()};
+            return {c.IsMember(key), c.FindValue(key) ? *c.FindValue(key) : c.ConstFind(key), K()};
         else if constexpr (requires { c.ConstGetValue(key, value); })
             return {c.IsMember(key) && c.ConstGetValue(key, value), value, K()};
         else if constexpr (!kLinks)
-            return {c.IsMember(key), c.IsMember(key) ? c.ConstGet(key) : V(), K()};
+            return {c.FindValue(key), c.IsMember(key) ? c.ConstGet(key) : V(), K()};
         if constexpr (kLinks) {
             const auto it = c.Find(key), near = c.LowerBound(key);
             return {bool(it), it ? it.Value() : V(), near ? near.Key() : K()};

@@ -36,6 +36,15 @@ TEST(Sets, PrintEightMembersALine) {
               "       1       2       3       4       5       6       7      -1\n\n");
 }
 
+TEST(Sets, ContainAndOverlapOnBothSidesOfZero) {
+    const Numbers some = {-5, 3, 9000}, few = {-5, 9000}, mirrored = {5, -3};
+    const omi_Set set(some.begin(), some.end()), part(few.begin(), few.end());
+    const omi_Set other(mirrored.begin(), mirrored.end()), none;
+    EXPECT_TRUE(set.Contains(part) && set.Contains(none) && set.HasOverlap(part));
+    EXPECT_FALSE(part.Contains(set) || set.Contains(other));
+    EXPECT_FALSE(set.HasOverlap(other) || set.HasOverlap(none));
+}
+
 TEST(BitVector, EqualityComparesShapeAndCompareCountsThenBlocksThenWords) {
     Bits grown = {2000000}, emptied = {5}, wide = {0, 2000000};
     grown.Clear();
