@@ -101,8 +101,9 @@ int Run(const Options& options, Ranks& ranks) {
     figures.part = domain->name;
     FindExtremes(domain->tables, ranks, figures);
     const std::vector<double> byRow = ByRow(*domain);
-    JoinFigures(*domain, *system, *halo, arrays, ranks, figures);
+    JoinFigures(*domain, *system, ranks, figures);
     results.Write(*domain, byRow, figures);
+    JoinRankFigures(*domain, *halo, arrays, ranks, figures);
     progress.End();
 
     ranks.Together([&] {

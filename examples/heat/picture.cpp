@@ -236,8 +236,8 @@ std::string PictureOf(const Skin& skin, int axis, const Figures& figures) {
 
     Show(context.get(), kPartLeft, 64, 32, Drawable(figures.part.CStr()).c_str(), true);
     char parts[32] = "", mark[48] = "";
-    if (figures.ranks.size() > 1) {
-        std::snprintf(parts, sizeof parts, " in %zu parts", figures.ranks.size());
+    if (figures.rankCount > 1) {
+        std::snprintf(parts, sizeof parts, " in %d parts", figures.rankCount);
     }
     if (!figures.solution.isConverged) {
         std::snprintf(mark, sizeof mark, ", NOT CONVERGED after %d iterations",

@@ -2,11 +2,14 @@
 
 #include <cow/cow_MapIterator.h>
 #include <process/KZMBasOmniProcessInfo.h>
+#include <sys/resource.h>
 
 #include <algorithm>
 #include <bit>
 #include <cinttypes>
 #include <cstdio>
+
+#include "heat_error.h"
 
 namespace heat {
 namespace {
@@ -26,10 +29,12 @@ constexpr Column kColumns[] = {{"nodes", &RankFigures::nodes},
                                {"neighbours", &RankFigures::neighbours},
                                {"bytes sent an iteration", &RankFigures::bytesSent},
                                {"bytes in tables", &RankFigures::tableBytes},
-                               {"bytes in work arrays", &RankFigures::workBytes}};
+                               {"bytes in work arrays", &RankFigures::workBytes},
+                               {"bytes of memory at the peak", &RankFigures::peakBytes}};
 
 void PrintSpreads(const std::vector<RankFigures>& ranks) {
-    std::printf("%-3zu ranks %33s %12s %12s\n", ranks.size(), "least", "mean", "greatest");
+    std::printf("%-30s %12s %12s %12s\n", Text("", static_cast<int>(ranks.size()), " ranks").CStr(),
+                "least", "mean", "greatest");
     for (const auto& [name, figure] : kColumns) {
         double least = ranks[0].*figure, greatest = least, sum = 0;
         for (const RankFigures& each : ranks) {
@@ -43,21 +48,21 @@ void PrintSpreads(const std::vector<RankFigures>& ranks) {
 }
 
 void PrintRanks(const std::vector<RankFigures>& ranks) {
-    std::printf(
-        "rank  process     nodes      halo  elements  neighbours  sent, B  tables, B    "
-        "work, B  tables, s\n");
+    std::printf("%4s %9s %9s %9s %9s %10s %9s %11s %11s %11s %9s\n", "rank", "process", "nodes",
+                "halo", "elements", "neighbours", "sent, B", "tables, B", "work, B", "peak, B",
+                "tables, s");
     for (std::size_t i = 0; i < ranks.size(); ++i) {
         const RankFigures& each = ranks[i];
-        std::printf("%4zu %8.0f %9.0f %9.0f %9.0f %11.0f %8.0f %10.0f %10.0f %10.4f\n", i,
+        std::printf("%4zu %9.0f %9.0f %9.0f %9.0f %10.0f %9.0f %11.0f %11.0f %11.0f %9.4f\n", i,
                     each.process, each.nodes, each.haloNodes, each.elements, each.neighbours,
-                    each.bytesSent, each.tableBytes, each.workBytes, each.tableSeconds);
+                    each.bytesSent, each.tableBytes, each.workBytes, each.peakBytes,
+                    each.tableSeconds);
     }
 }
 
 }  // namespace
 
-void JoinFigures(const Domain& domain, const System& system, const Halo& halo,
-                 const WorkArrays& arrays, const Ranks& ranks, Figures& figures) {
+void JoinFigures(const Domain& domain, const System& system, const Ranks& ranks, Figures& figures) {
     const Mesh& mesh = domain.mesh;
     const Tables& tables = domain.tables;
     const auto shown = std::count_if(
@@ -66,6 +71,7 @@ void JoinFigures(const Domain& domain, const System& system, const Halo& halo,
         });
     std::vector<double> sums = {double(mesh.own), double(shown), double(system.load.size())};
     ranks.Sum(sums);
+    figures.rankCount = ranks.Count();
     figures.nodes = sums[0];
     figures.elements = sums[1];
     figures.unknowns = sums[2];
@@ -74,6 +80,12 @@ void JoinFigures(const Domain& domain, const System& system, const Halo& halo,
                                        [&](int label) { return !tables.halo.IsMember(label); });
         figures.setSizes.Insert(name, ranks.Sum(double(own)));
     }
+}
+
+void JoinRankFigures(const Domain& domain, const Halo& halo, const WorkArrays& arrays,
+                     const Ranks& ranks, Figures& figures) {
+    const Mesh& mesh = domain.mesh;
+    const Tables& tables = domain.tables;
     const double tableBytes = double(tables.rows.Footprint()) + tables.temperatures.Footprint() +
                               tables.elementsAt.Footprint();
     figures.heapBytes = tableBytes - double(MemoryManager::RowPool().BytesInUse() +
@@ -88,6 +100,9 @@ void JoinFigures(const Domain& domain, const System& system, const Halo& halo,
     own.bytesSent = double(halo.BytesSent());
     own.tableBytes = tableBytes + tables.halo.Footprint();
     own.workBytes = arrays.Bytes();
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    own.peakBytes = 1024.0 * double(usage.ru_maxrss);
     own.tableSeconds = tables.clock.Seconds();
     constexpr std::size_t kCount = sizeof own / sizeof(double);
     using Numbers = std::array<double, kCount>;
@@ -127,16 +142,16 @@ void PrintReport(const Figures& figures, const std::vector<Phase>& phases) {
     const RankFigures& own = figures.ranks.front();
     std::printf("  %-28s %12.3f s\n", "in the library's tables", own.tableSeconds);
     std::printf("  %-28s %12.2f %%\n", "share of the total", 100 * own.tableSeconds / total);
-    std::printf(figures.ranks.size() > 1 ? "pools of rank 0\n" : "pools\n");
+    std::printf(figures.rankCount > 1 ? "pools of rank 0\n" : "pools\n");
     PrintPool(MemoryManager::RowPool());
     PrintPool(MemoryManager::TemperaturePool());
     std::printf("  %-28s %12.0f bytes\n", "cells and links, from heap", figures.heapBytes);
     std::printf("  %-28s %12.0f bytes\n", "work arrays, from the heap", own.workBytes);
-    if (figures.ranks.size() > 1) PrintSpreads(figures.ranks);
+    if (figures.rankCount > 1) PrintSpreads(figures.ranks);
 }
 
 void PrintDetails(const Figures& figures, const WorkArrays& arrays) {
-    if (figures.ranks.size() > 1) PrintRanks(figures.ranks);
+    if (figures.rankCount > 1) PrintRanks(figures.ranks);
     std::printf("node sets\n");
     for (const auto& [name, size] : cow_ConstMapSortedIt(figures.setSizes)) {
         std::printf("  %-28s %12.0f nodes\n", name.CStr(), size);

@@ -15,6 +15,7 @@ struct RankFigures {
     double bytesSent = 0;  // to them, by an iteration
     double tableBytes = 0;
     double workBytes = 0;  // of the work arrays
+    double peakBytes = 0;  // of memory that the process ever had at once
     double tableSeconds = 0;
 };
 
@@ -29,12 +30,15 @@ struct Figures {
     Solution solution;
     double heapBytes = 0;  // of this rank's tables, outside the pools
     cow_Map<cow_String, double> setSizes;
+    int rankCount = 1;
     std::vector<RankFigures> ranks;  // on the first rank
 };
 
-// On all ranks together; the figures of the solution are there already.
-void JoinFigures(const Domain& domain, const System& system, const Halo& halo,
-                 const WorkArrays& arrays, const Ranks& ranks, Figures& figures);
+// On all ranks together. The solution is there before the first, the results are written before the
+// second, which counts the memory.
+void JoinFigures(const Domain& domain, const System& system, const Ranks& ranks, Figures& figures);
+void JoinRankFigures(const Domain& domain, const Halo& halo, const WorkArrays& arrays,
+                     const Ranks& ranks, Figures& figures);
 
 void PrintReport(const Figures& figures, const std::vector<Phase>& phases);
 
