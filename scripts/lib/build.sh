@@ -6,6 +6,10 @@ test_packages=(libgtest-dev gfortran mpich gdb libeigen3-dev abigail-tools dpkg-
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev libmetis-dev libmpich-dev pkg-config)
 peer_packages=(libabsl-dev qtbase5-dev robin-map-dev libjudy-dev libroaring-dev libboost-dev)
 
+# The test programs that are enough to run all code of the libraries.
+native_tests=(models_test siblings_test cow_test omi_test runtime_test process_test files_test
+    errors_test docs_test docs_fortran dll_test load_test omi_fortran_callers)
+
 # With the compiler cache, later builds and other clones share what is the same.
 use_ccache() {
     command -v ccache >/dev/null || return 0

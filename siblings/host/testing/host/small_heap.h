@@ -17,8 +17,8 @@
 // lock.
 namespace small_heap {
 
-// The address sanitizer shall see every block.
-#ifdef __SANITIZE_ADDRESS__
+// The address sanitizer and valgrind shall see every block.
+#if defined(__SANITIZE_ADDRESS__) || defined(KZM_PLAIN_HEAP)
 inline constexpr bool kInUse = false;
 #else
 inline constexpr bool kInUse = true;
