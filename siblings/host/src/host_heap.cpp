@@ -9,6 +9,8 @@ namespace host_heap {
 constinit Probe g_probe;
 constinit std::atomic<bool> g_watched{false};
 
+bool Watched() { return g_watched.load(std::memory_order_relaxed); }
+
 namespace {
 
 // Of a request while somebody watches; false: refuse it.
@@ -29,35 +31,38 @@ void* Taken(void* block, std::size_t size) {
     return block;
 }
 
-void* FromSmall(unsigned sizeClass) {
-    void* const block = small_heap::Take(sizeClass);
-    return block ? block : small_heap::TakeSlowly(sizeClass);
-}
-
-bool ToSmall(void* block) {
-    return small_heap::GiveBack(block) || small_heap::GiveBackSlowly(block);
-}
-
-void* TakeAny(std::size_t size, unsigned sizeClass) {
+[[gnu::noinline]] void* TakeUnusually(std::size_t size, unsigned sizeClass) {
     Ask(size);
-    void* block = IsSmall(size) ? FromSmall(sizeClass) : nullptr;
+    void* block = IsSmall(size) ? small_heap::TakeSlowly(sizeClass) : nullptr;
     if (!block) block = std::malloc(size);
     return Taken(block, size);
 }
 
-}  // namespace
-
-void* TakeUnusually(std::size_t size) { return TakeAny(size, AlignedClass(size)); }
-
-void* TakePackedUnusually(std::size_t size) {
-    if (size == 0) size = 1;
-    return TakeAny(size, PackedClass(size));
-}
-
-void GiveBackUnusually(void* block) {
+[[gnu::noinline]] void GiveBackUnusually(void* block) {
     if (!block) return;
     if (Watched()) g_probe.live.fetch_sub(1, std::memory_order_relaxed);
-    if (!ToSmall(block)) std::free(block);
+    if (!small_heap::GiveBackSlowly(block)) std::free(block);
+}
+
+void* TakeOfClass(std::size_t size, unsigned sizeClass) {
+    if (IsSmall(size)) [[likely]]
+        if (void* const block = small_heap::Take(sizeClass)) [[likely]]
+            return block;
+    return TakeUnusually(size, sizeClass);
+}
+
+}  // namespace
+
+void* TakeElsewhere(std::size_t size) { return TakeOfClass(size, AlignedClassOf(size)); }
+
+void* TakePackedElsewhere(std::size_t size) {
+    if (size == 0) size = 1;
+    return TakeOfClass(size, ClassOf(size));
+}
+
+void GiveBackElsewhere(void* block) {
+    if (!small_heap::GiveBack(block)) [[unlikely]]
+        GiveBackUnusually(block);
 }
 
 void* Resize(void* block, std::size_t size) {
@@ -69,11 +74,11 @@ void* Resize(void* block, std::size_t size) {
     Ask(size);
     if (const std::size_t held = small_heap::SizeOfBlock(block)) {
         if (size <= held) return block;
-        void* grown = IsSmall(size) ? FromSmall(AlignedClass(size)) : nullptr;
+        void* grown = IsSmall(size) ? small_heap::TakeSlowly(AlignedClassOf(size)) : nullptr;
         if (!grown) grown = std::malloc(size);
         if (!grown) throw std::bad_alloc();
         std::memcpy(grown, block, held);
-        ToSmall(block);
+        small_heap::GiveBackSlowly(block);
         return grown;
     }
     void* const grown = std::realloc(block, size);
@@ -86,8 +91,12 @@ void Watch(long failAt) {
     g_probe.requests = 0;
     g_probe.live = 0;
     g_watched = true;
+    small_heap::CloseHand();
 }
 
-void Unwatch() { g_watched = false; }
+void Unwatch() {
+    g_watched = false;
+    small_heap::OpenHand();
+}
 
 }  // namespace host_heap

@@ -17,8 +17,7 @@ constexpr std::size_t kMostIdle = (sizeof(void*) == 8 ? 64U << 20 : 8U << 20) / 
 constexpr unsigned kPage = 4096;  // of blocks never used a list gets at most so much at once
 
 // Everything here is under the lock, and so are the central cache's chunks.
-constinit OwnChunks g_centralChunks{};
-constinit ThreadCache g_central{.m_own = &g_centralChunks};
+constinit ThreadCache g_central{};
 constinit std::atomic<char*> g_region{nullptr};
 constinit std::size_t g_chunks = kFirstChunk;  // begun so far
 constinit std::size_t g_chunksInUse = 0;
@@ -47,7 +46,7 @@ char* MemoryOf(const Chunk& chunk) {
 bool HasBlocks(const Chunk& chunk) { return chunk.m_free || chunk.m_begun < chunk.m_capacity; }
 
 Chunk*& ListOf(ThreadCache& owner, const Chunk& chunk) {
-    return chunk.m_available ? owner.m_own->m_available[chunk.m_class] : owner.m_own->m_others;
+    return chunk.m_available ? owner.m_available[chunk.m_class] : owner.m_others;
 }
 
 void Link(ThreadCache& owner, Chunk& chunk, bool available) {
@@ -133,7 +132,7 @@ void EndChunk(Chunk& chunk) {
 
 // A chunk that has blocks, now the owner's; null if there is no memory.
 Chunk* Acquire(ThreadCache& owner, unsigned sizeClass) {
-    Chunk* chunk = g_centralChunks.m_available[sizeClass];
+    Chunk* chunk = g_central.m_available[sizeClass];
     if (chunk)
         Unlink(g_central, *chunk);
     else
@@ -158,9 +157,10 @@ Place Chained(char* first, unsigned count, unsigned size) {
 
 // A list that has run empty; outside the lock.
 bool Refill(ThreadCache& cache, unsigned sizeClass) {
-    Chunk* chunk = cache.m_own->m_current[sizeClass];
+    ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
+    Chunk* chunk = stock.m_current;
     if (!chunk || !HasBlocks(*chunk)) {
-        chunk = cache.m_own->m_available[sizeClass];
+        chunk = cache.m_available[sizeClass];
         if (!chunk) {
             const Guard guard;
             chunk = Acquire(cache, sizeClass);
@@ -168,25 +168,25 @@ bool Refill(ThreadCache& cache, unsigned sizeClass) {
         if (!chunk) return false;
         Unlink(cache, *chunk);
         Link(cache, *chunk, false);
-        cache.m_own->m_current[sizeClass] = chunk;
+        stock.m_current = chunk;
     }
     if (chunk->m_free) {
-        cache.m_list[sizeClass] = std::exchange(chunk->m_free, 0);
+        stock.m_list = std::exchange(chunk->m_free, 0);
         chunk->m_out = chunk->m_begun;
     } else {
         const unsigned size = SizeOf(sizeClass);
         const unsigned count = std::min<unsigned>(chunk->m_capacity - chunk->m_begun, kPage / size);
-        cache.m_list[sizeClass] = Chained(BeginBlocks(*chunk, count), count, size);
+        stock.m_list = Chained(BeginBlocks(*chunk, count), count, size);
     }
     return true;
 }
 
-// By the thread of a cache, or on its behalf.
-void Return(void* block, ThreadCache& by) {
+// By the thread of a cache, null if it has none, or on its behalf.
+void Return(void* block, const ThreadCache* by) {
     const std::size_t offset = OffsetOf(block, Region());
     Chunk& chunk = ChunkOf(Region(), offset);
     ThreadCache& owner = *chunk.m_owner.load(std::memory_order_relaxed);
-    if (&owner == &by || &owner == &g_central) return Put(owner, chunk, block, offset);
+    if (&owner == by || &owner == &g_central) return PutOwn(owner, chunk, block, offset);
     SetNext(block, owner.m_away.load(std::memory_order_relaxed));
     owner.m_away.store(PlaceOf(offset), std::memory_order_relaxed);
 }
@@ -196,7 +196,7 @@ void PutAll(ThreadCache& owner, Place place) {
         char* const block = At(Region(), place);
         const std::size_t offset = OffsetOf(block, Region());
         place = NextOf(block);
-        Put(owner, ChunkOf(Region(), offset), block, offset);
+        PutOwn(owner, ChunkOf(Region(), offset), block, offset);
     }
 }
 
@@ -217,64 +217,77 @@ void HandOver(ThreadCache& from, Chunk*& list) {
 
 void Drain(ThreadCache& cache) {
     PutAll(cache, TakeAway(cache));
-    if (std::exchange(cache.m_lastClass, 0) != 0) Return(cache.m_last, cache);
+    Hand& hand = *cache.m_hand;
     for (unsigned i = 1; i < kClasses; ++i) {
-        if (void* const block = std::exchange(cache.m_inHand[i], nullptr)) Return(block, cache);
-        PutAll(cache, std::exchange(cache.m_list[i], 0));
-        cache.m_own->m_current[i] = nullptr;
+        if (void* const block = std::exchange(hand.m_blocks[i], nullptr)) Return(block, &cache);
+        ThreadCache::Stock& stock = cache.m_stocks[i];
+        PutAll(cache, std::exchange(stock.m_list, 0));
+        stock.m_current = nullptr;
     }
-    for (Chunk*& each : cache.m_own->m_available) HandOver(cache, each);
-    HandOver(cache, cache.m_own->m_others);
-    std::free(std::exchange(cache.m_own, nullptr));
-    cache.m_region = nullptr;
-    cache.m_reach = 0;
+    for (Chunk*& each : cache.m_available) HandOver(cache, each);
+    HandOver(cache, cache.m_others);
+    hand.m_cache = nullptr;
+    hand.m_region = nullptr;
+    hand.m_reach = 0;
 }
 
-// The calling thread's cache, made ready; null while stopped or if it cannot have one.
-ThreadCache* Attached() {
+void End(ThreadCache& cache) {
+    Drain(cache);
+    *cache.m_link = cache.m_next;
+    if (cache.m_next) cache.m_next->m_link = cache.m_link;
+    std::free(&cache);
+}
+
+// Gives the calling thread a cache; null while stopped or if it cannot have one.
+Hand* Attach() {
     if (!g_watching || !HaveRegion()) return nullptr;
-    auto* const own = static_cast<OwnChunks*>(std::calloc(1, sizeof(OwnChunks)));
-    ThreadCache* const fresh = own ? small_system::AttachCache() : nullptr;
-    if (!fresh) {
-        std::free(own);
+    void* const memory = std::malloc(sizeof(ThreadCache));
+    Hand* const hand = memory ? small_system::AttachHand() : nullptr;
+    if (!hand) {
+        std::free(memory);
         return nullptr;
     }
-    fresh->m_own = own;
-    fresh->m_region = Region();
-    fresh->m_reach = kRegion;
-    fresh->m_next = g_caches;
-    fresh->m_link = &g_caches;
-    if (g_caches) g_caches->m_link = &fresh->m_next;
-    g_caches = fresh;
-    return fresh;
+    auto* const cache = ::new (memory) ThreadCache{};
+    cache->m_hand = hand;
+    cache->m_next = g_caches;
+    cache->m_link = &g_caches;
+    if (g_caches) g_caches->m_link = &cache->m_next;
+    g_caches = cache;
+    hand->m_cache = cache;
+    hand->m_region = Region();
+    return hand;
 }
 
 }  // namespace
 
 void* TakeSlowly(unsigned sizeClass) {
-    ThreadCache* cache = &CurrentCache();
-    if (cache->m_reach == 0) {
+    Hand* hand = &CurrentHand();
+    if (!hand->m_cache) {
         if (!g_open.load(std::memory_order_relaxed)) return nullptr;
         const Guard guard;
-        cache = Attached();
-        if (!cache) return nullptr;
+        hand = Attach();
+        if (!hand) return nullptr;
     }
-    if (cache->m_away.load(std::memory_order_relaxed) != 0) PutAll(*cache, TakeAway(*cache));
-    if (!Refill(*cache, sizeClass)) return nullptr;
-    char* const block = At(cache->m_region, cache->m_list[sizeClass]);
-    cache->m_list[sizeClass] = NextOf(block);
-    return block;
+    if (!host_heap::Watched()) OpenHand();
+    ThreadCache& cache = *hand->m_cache;
+    if (cache.m_away.load(std::memory_order_relaxed) != 0) PutAll(cache, TakeAway(cache));
+    ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
+    if (stock.m_list == 0 && !Refill(cache, sizeClass)) return nullptr;
+    return PopList(stock, hand->m_region);
 }
 
 bool GiveBackSlowly(void* block) {
     if (SizeOfBlock(block) == 0) return false;
-    SendAway(block);
+    if (ThreadCache* const cache = CurrentHand().m_cache)
+        Put(*cache, block);
+    else
+        SendAway(block);
     return true;
 }
 
 void SendAway(void* block) {
     const Guard guard;
-    Return(block, CurrentCache());
+    Return(block, CurrentHand().m_cache);
     ReleaseRegionIfIdle();
 }
 
@@ -285,7 +298,7 @@ std::size_t SizeOfBlock(const void* block) {
 }
 
 void Settle(ThreadCache& owner, Chunk& chunk) {
-    const bool current = owner.m_own->m_current[chunk.m_class] == &chunk;
+    const bool current = owner.m_stocks[chunk.m_class].m_current == &chunk;
     if (chunk.m_out == 0 && current) {  // begins anew
         chunk.m_free = 0;
         chunk.m_begun = 0;
@@ -311,20 +324,28 @@ void Stop() {
         const Guard guard;
         if (!std::exchange(g_watching, false)) return;
         g_open.store(false, std::memory_order_relaxed);
-        for (ThreadCache* cache = g_caches; cache; cache = cache->m_next) Drain(*cache);
-        g_caches = nullptr;
+        while (ThreadCache* const cache = g_caches) End(*cache);
         g_stopped = true;
         ReleaseRegionIfIdle();
     }
     small_system::UnwatchThreads();
 }
 
-void ThreadEnds(ThreadCache& cache) {
+void ThreadEnds(Hand& hand) {
     const Guard guard;
-    if (cache.m_reach == 0) return;
-    Drain(cache);
-    *cache.m_link = cache.m_next;
-    if (cache.m_next) cache.m_next->m_link = cache.m_link;
+    if (hand.m_cache) End(*hand.m_cache);
+}
+
+void CloseHand() {
+    Hand& hand = CurrentHand();
+    if (std::exchange(hand.m_reach, 0) == 0) return;
+    for (void*& each : hand.m_blocks)
+        if (void* const block = std::exchange(each, nullptr)) GiveBackSlowly(block);
+}
+
+void OpenHand() {
+    Hand& hand = CurrentHand();
+    if (hand.m_cache) hand.m_reach = kRegion;
 }
 
 }  // namespace small_heap

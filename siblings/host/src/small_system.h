@@ -17,12 +17,11 @@ void Release(char* region, std::size_t size);
 void Lock();
 void Unlock();
 
-// From Watch to Unwatch, small_heap::ThreadEnds is called for each attached cache whose thread
-// ends.
+// From Watch to Unwatch, small_heap::ThreadEnds is called for each attached hand whose thread ends.
 bool WatchThreads();
 void UnwatchThreads();
 
-// The calling thread's cache, null if it cannot have one or is about to end. Lock is held.
-small_heap::ThreadCache* AttachCache();
+// The calling thread's hand, null if it cannot have one or is about to end. Lock is held.
+small_heap::Hand* AttachHand();
 
 }  // namespace small_system

@@ -11,16 +11,16 @@ namespace {
 constinit pthread_mutex_t g_lock = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
 constinit pthread_key_t g_threadEnd = 0;
 
-void OnThreadEnd(void* cache) {
-    auto* const ending = static_cast<small_heap::ThreadCache*>(cache);
+void OnThreadEnd(void* hand) {
+    auto* const ending = static_cast<small_heap::Hand*>(hand);
     ending->m_ended = true;
     small_heap::ThreadEnds(*ending);
 }
 
 }  // namespace
 
-namespace small_heap {
-constinit thread_local ThreadCache t_cache{};
+namespace host_heap {
+constinit thread_local Hand t_hand{};
 }
 
 namespace small_system {
@@ -46,10 +46,10 @@ void Unlock() { pthread_mutex_unlock(&g_lock); }
 bool WatchThreads() { return pthread_key_create(&g_threadEnd, &OnThreadEnd) == 0; }
 void UnwatchThreads() { pthread_key_delete(g_threadEnd); }
 
-small_heap::ThreadCache* AttachCache() {
-    small_heap::ThreadCache* const cache = &small_heap::t_cache;
-    if (cache->m_ended || pthread_setspecific(g_threadEnd, cache) != 0) return nullptr;
-    return cache;
+small_heap::Hand* AttachHand() {
+    small_heap::Hand* const hand = &host_heap::t_hand;
+    if (hand->m_ended || pthread_setspecific(g_threadEnd, hand) != 0) return nullptr;
+    return hand;
 }
 
 }  // namespace small_system

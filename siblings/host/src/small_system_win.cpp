@@ -12,20 +12,20 @@ constexpr DWORD kDirectSlots = 64;  // those in the thread's own block
 
 constinit INIT_ONCE g_once = INIT_ONCE_STATIC_INIT;
 constinit CRITICAL_SECTION g_lock{};
-constinit DWORD g_slot = TLS_OUT_OF_INDEXES;  // the cache; g_none after it has been taken back
+constinit DWORD g_slot = TLS_OUT_OF_INDEXES;  // the hand; g_none after it has been taken back
 constinit DWORD g_end = FLS_OUT_OF_INDEXES;   // tells when a thread that has one ends
-constinit small_heap::ThreadCache g_none{};
+constinit small_heap::Hand g_none{};
 
 BOOL CALLBACK CreateLock(PINIT_ONCE, void*, void**) {
     InitializeCriticalSection(&g_lock);
     return TRUE;
 }
 
-// Also called by FlsFree, once for each thread that has a cache.
-void NTAPI OnThreadEnd(void* cache) {
-    if (!cache) return;
-    small_heap::ThreadEnds(*static_cast<small_heap::ThreadCache*>(cache));
-    std::free(cache);
+// Also called by FlsFree, once for each thread that has a hand.
+void NTAPI OnThreadEnd(void* hand) {
+    if (!hand) return;
+    small_heap::ThreadEnds(*static_cast<small_heap::Hand*>(hand));
+    std::free(hand);
     TlsSetValue(g_slot, &g_none);
 }
 
@@ -43,10 +43,10 @@ namespace small_heap {
 
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Warray-bounds"  // it takes the block's address for an array's
-ThreadCache& CurrentCache() {
+Hand& CurrentHand() {
     const DWORD slot = g_slot;
-    void* const cache = slot < kDirectSlots ? NtCurrentTeb()->TlsSlots[slot] : OfOtherSlot(slot);
-    return cache ? *static_cast<ThreadCache*>(cache) : g_none;
+    void* const hand = slot < kDirectSlots ? NtCurrentTeb()->TlsSlots[slot] : OfOtherSlot(slot);
+    return hand ? *static_cast<Hand*>(hand) : g_none;
 }
 #pragma GCC diagnostic pop
 
@@ -91,15 +91,15 @@ void UnwatchThreads() {
     TlsFree(slot);
 }
 
-small_heap::ThreadCache* AttachCache() {
+small_heap::Hand* AttachHand() {
     if (TlsGetValue(g_slot)) return nullptr;
-    void* const cache = std::calloc(1, sizeof(small_heap::ThreadCache));
-    if (cache && (!FlsSetValue(g_end, cache) || !TlsSetValue(g_slot, cache))) {
+    void* const hand = std::calloc(1, sizeof(small_heap::Hand));
+    if (hand && (!FlsSetValue(g_end, hand) || !TlsSetValue(g_slot, hand))) {
         FlsSetValue(g_end, nullptr);
-        std::free(cache);
+        std::free(hand);
         return nullptr;
     }
-    return static_cast<small_heap::ThreadCache*>(cache);
+    return static_cast<small_heap::Hand*>(hand);
 }
 
 }  // namespace small_system

@@ -23,3 +23,32 @@ KZM_API void* mem_OperatorNewThrowBuiltin(std::size_t size);
 // size lie side by side. A block is aligned as an object of its size can need, so 12 bytes only to
 // 4. Fastest while the library is started. Beyond 512 bytes as mem_OperatorNewThrow.
 KZM_API void* mem_OperatorNewTinyThrow(std::size_t size);
+
+#ifdef KZM_INLINE_HEAP  // of the compact allocation library, where the system allows it
+#include <host/host_hand.h>
+
+// Bodies for inlining only: what the thread has in hand needs no call. The functions themselves are
+// those of the library.
+extern inline __attribute__((gnu_inline)) void* mem_Malloc(std::size_t size) {
+    if (__builtin_constant_p(size) && size - 1 < host_heap::kLargestSmall)
+        if (void* const block = host_heap::FromHand(host_heap::AlignedClassOf(size))) [[likely]]
+            return block;
+    return host_heap::TakeElsewhere(size);
+}
+
+extern inline __attribute__((gnu_inline)) void mem_Free(void* block) noexcept {
+    if (!host_heap::ToHand(block)) [[unlikely]]
+        host_heap::GiveBackElsewhere(block);
+}
+
+extern inline __attribute__((gnu_inline)) void* mem_OperatorNewThrow(std::size_t size) {
+    return mem_Malloc(size ? size : 1);
+}
+
+extern inline __attribute__((gnu_inline)) void* mem_OperatorNewTinyThrow(std::size_t size) {
+    if (size - 1 < 32)
+        if (void* const block = host_heap::FromHand(host_heap::ClassOf(size))) [[likely]]
+            return block;
+    return host_heap::TakePackedElsewhere(size);
+}
+#endif

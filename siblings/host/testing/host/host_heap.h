@@ -5,9 +5,9 @@
 #include <cstddef>
 #include <cstdint>
 
-// Every allocation of the sibling libraries asks this probe first. While nobody watches, that is
-// one load and one branch; while a test watches, blocks are counted and the n-th request can be
-// refused. Not installed: only the siblings' sources and tests include it.
+// While a test watches, every allocation of the sibling libraries goes by this probe: blocks are
+// counted and the n-th request can be refused. Threads other than the watching one must have
+// started after it did. Not installed: only the siblings' sources and tests include it.
 namespace host_heap {
 
 struct Probe {
@@ -16,6 +16,7 @@ struct Probe {
     std::atomic<long> live{0};          // blocks taken less blocks given back since Watch
 };
 KZM_API extern Probe g_probe;
+bool Watched();
 
 // Starts counting from zero; with a positive failAt the failAt-th request from now is refused once.
 // A growing realloc counts as a request and keeps the block count.

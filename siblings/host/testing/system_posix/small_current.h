@@ -3,8 +3,8 @@
 
 namespace small_heap {
 
-[[gnu::tls_model("initial-exec")]] KZM_API extern constinit thread_local ThreadCache t_cache;
+inline constexpr bool kHandIsNear = true;
 
-inline ThreadCache& CurrentCache() { return t_cache; }
+inline Hand& CurrentHand() { return host_heap::t_hand; }
 
 }  // namespace small_heap

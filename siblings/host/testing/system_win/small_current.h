@@ -3,7 +3,9 @@
 
 namespace small_heap {
 
+inline constexpr bool kHandIsNear = false;  // it takes a call into the library
+
 // One that takes no part if the thread has none.
-KZM_API ThreadCache& CurrentCache();
+Hand& CurrentHand();
 
 }  // namespace small_heap
