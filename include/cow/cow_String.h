@@ -25,7 +25,7 @@ public:
     cow_String(const cow_String& other) = default;
     cow_String(const atr_StringBase& other) : atr_StringBase(other) {}  // shares
     // Up to the terminator.
-    cow_String(const char* s) : atr_StringBase(s) {}
+    cow_String(const char* s) : atr_StringBase(s, LengthOf(s)) {}
     // n bytes, zero bytes included: s must have them. 2147483647 reads up to the terminator.
     cow_String(const char* s, int n) : atr_StringBase(s, n) {}
     explicit cow_String(std::string_view s);            // as (s.data(), s.size())
@@ -65,7 +65,7 @@ public:
         return *this;
     }
     cow_String& Append(const char* s) {
-        append(s, TextLength(s), 0, kToEnd);
+        append(s, LengthOf(s), 0, kToEnd);
         return *this;
     }
     cow_String& operator+=(const cow_String& s) { return Append(s); }

@@ -33,42 +33,48 @@ atr_StringRecord* NewRecord(int capacity) {
 }
 
 // As memmove, for n from 0 on and a source that is null if n is 0.
-void Put(char* to, const char* from, int n) {
+void Move(char* to, const char* from, int n) {
     if (n > 0) std::memmove(to, from, static_cast<std::size_t>(n));
 }
 
-// As memcpy; names are short, and for them a call costs more than the bytes.
-void CopyShort(char* to, const char* from, std::size_t n) {
-    if (n - 8 > 24) {
-        std::memcpy(to, from, n);
-        return;
-    }
-    std::uint64_t parts[4];  // from both ends; in the middle they overlap
-    const std::size_t inner = n > 16 ? 8 : 0;
-    std::memcpy(&parts[0], from, 8);
-    std::memcpy(&parts[1], from + inner, 8);
-    std::memcpy(&parts[2], from + n - 8 - inner, 8);
-    std::memcpy(&parts[3], from + n - 8, 8);
-    std::memcpy(to, &parts[0], 8);
-    std::memcpy(to + inner, &parts[1], 8);
-    std::memcpy(to + n - 8 - inner, &parts[2], 8);
-    std::memcpy(to + n - 8, &parts[3], 8);
+// Of between `size` and twice as many bytes.
+template <std::size_t size>
+void CopyEnds(char* to, const char* from, std::size_t n) {
+    std::memcpy(to, from, size);
+    std::memcpy(to + n - size, from + n - size, size);
+}
+
+// To another place. Names are short, and for them a call costs more than the bytes.
+void Copy(char* to, const char* from, int count) {
+    if (count <= 0) return;
+    const auto n = static_cast<std::size_t>(count);
+    if (n > 128) return static_cast<void>(std::memcpy(to, from, n));
+    if (n >= 64) return CopyEnds<64>(to, from, n);
+    if (n >= 32) return CopyEnds<32>(to, from, n);
+    if (n >= 16) return CopyEnds<16>(to, from, n);
+    if (n >= 8) return CopyEnds<8>(to, from, n);
+    if (n >= 4) return CopyEnds<4>(to, from, n);
+    to[0] = from[0];
+    if (n > 1) CopyEnds<2>(to, from, n);
 }
 
 atr_StringRecord* RecordOf(const char* s, int n) {
     if (n <= 0) return nullptr;
     atr_StringRecord* const rep = NewRecord(n);
-    CopyShort(rep->Text(), s, static_cast<std::size_t>(n));
+    Copy(rep->Text(), s, n);
     rep->Text()[n] = '\0';
     rep->m_length = n;
     return rep;
 }
 
+// Not inlined: this compiler would warn of lengths that a number's text cannot have.
+[[gnu::noinline]] atr_StringRecord* RecordOfDigits(const char* s, int n) { return RecordOf(s, n); }
+
 template <class Number>
 atr_StringRecord* RecordOfNumber(Number value) {
     char text[32];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
-    return RecordOf(text, static_cast<int>(end.ptr - text));
+    return RecordOfDigits(text, static_cast<int>(end.ptr - text));
 }
 
 // How many bytes a text has from `from` on, at most n.
@@ -87,9 +93,7 @@ char Upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 
 
 const char* atr_StringBase::EmptyText() { return g_emptyText; }
 
-int atr_StringBase::TextLength(const char* s) {
-    return s ? static_cast<int>(std::min<std::size_t>(std::strlen(s), INT_MAX)) : 0;
-}
+int atr_StringBase::TextLength(const char* s) { return LengthOf(s); }
 
 atr_StringBase::atr_StringBase(const char* s) : atr_StringBase(s, TextLength(s)) {}
 
@@ -115,7 +119,7 @@ char& atr_StringBase::operator[](int pos) {
     if (pos < 0 || pos > length) RaiseOutOfText();
     if (!Exclusive()) {
         atr_StringRecord* const rep = NewRecord(length);
-        Put(rep->Text(), m_data, length);
+        Copy(rep->Text(), m_data, length);
         rep->Text()[length] = '\0';
         rep->m_length = length;
         DropReference();
@@ -143,7 +147,17 @@ int atr_StringBase::Substr(int pos, int n) const {
 }
 
 void atr_StringBase::append(const char* s, int length, int from, int n) {
-    insert(INT_MAX, s, length, from, n);
+    if (!s || length <= 0) return;
+    const int start = std::clamp(from, 0, length);
+    const int added = Available(length, start, n);
+    const int end = Length();
+    if (Exclusive() && added <= m_rep->m_capacity - end) {
+        Copy(m_data + end, s + start, added);
+        m_data[end + added] = '\0';
+        m_rep->m_length = end + added;
+    } else {
+        Splice(end, 0, s + start, added);
+    }
 }
 
 void atr_StringBase::insert(int pos, const char* s, int length, int from, int n) {
@@ -212,8 +226,8 @@ void atr_StringBase::Splice(int pos, int removed, const char* s, int added) {
         const std::less<const char*> before;
         const bool ownSource = added > 0 && !before(s, m_data) && !before(m_data + length, s);
         if (tail == 0 || !ownSource) {
-            Put(m_data + pos + added, m_data + pos + removed, tail);
-            Put(m_data + pos, s, added);
+            Move(m_data + pos + added, m_data + pos + removed, tail);
+            Move(m_data + pos, s, added);
             m_data[newLength] = '\0';
             m_rep->m_length = newLength;
             return;
@@ -231,9 +245,9 @@ void atr_StringBase::Splice(int pos, int removed, const char* s, int added) {
         }
         rep = NewRecord(capacity);
         char* const text = rep->Text();
-        Put(text, m_data, pos);
-        Put(text + pos, s, added);
-        Put(text + pos + added, m_data + pos + removed, tail);
+        Copy(text, m_data, pos);
+        Copy(text + pos, s, added);
+        Copy(text + pos + added, m_data + pos + removed, tail);
         text[newLength] = '\0';
         rep->m_length = newLength;
     }

@@ -2,9 +2,13 @@
 #include <kzm_export.h>
 
 #include <compare>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#ifdef KZM_INLINE_HEAP  // see <alloc/mem_alloc.h>
+#include <host/host_hand.h>
+#endif
 
 // The shared block of a text: this head, then the bytes and a zero byte.
 struct atr_StringRecord {
@@ -59,6 +63,13 @@ public:
     static int TextLength(const char* s);  // cut to 2147483647
 
 protected:
+    // As TextLength, without a call where the compiler knows the text.
+    static int LengthOf(const char* s) {
+        constexpr std::size_t most = 2147483647;
+        const std::size_t length = s ? std::strlen(s) : 0;
+        return static_cast<int>(length < most ? length : most);
+    }
+
     // The empty text.
     atr_StringBase() : m_data(nullptr), m_rep(nullptr) {}
     // Shares the block.
@@ -119,8 +130,13 @@ private:
 
     static int Sign(int order) { return (order > 0) - (order < 0); }
     void DropReference() {
-        if (m_rep && --m_rep->m_count == 0) Delete();
+        if (m_rep && --m_rep->m_count == 0 && !ToHand(m_rep)) Delete();
     }
+#ifdef KZM_INLINE_HEAP
+    static bool ToHand(void* block) { return host_heap::ToHand(block); }
+#else
+    static bool ToHand(void*) { return false; }
+#endif
     bool Exclusive() const { return m_rep && m_rep->m_count == 1; }
     void Install(atr_StringRecord* rep);
     void Splice(int pos, int removed, const char* s, int added);
