@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <iterator>
 #include <new>
+#include <type_traits>
 #include <utility>
 
 template <class T>
@@ -37,7 +38,15 @@ class cow_ListBlock {
     friend struct kzm_Layout;
     friend struct kzm_ListView;
 
-    explicit cow_ListBlock(T* data) : m_count(1), m_data(data) {}
+    cow_ListBlock() : m_count(1), m_data(Elements()) {}
+
+    static constexpr std::size_t Head() {
+        return (sizeof(cow_ListBlock) + alignof(T) - 1) / alignof(T) * alignof(T);
+    }
+    // As m_data, without waiting for it to be read.
+    T* Elements() const {
+        return reinterpret_cast<T*>(reinterpret_cast<std::uintptr_t>(this) + Head());
+    }
 
     // Elements first..last-1 are copies of those of `from` at the same places.
     static cow_ListBlock* New(int shift, const T* from = nullptr, int first = 0, int last = 0);
@@ -137,8 +146,11 @@ public:
 
     // No copying, O(1).
     const T& ConstGet(int i) const {
+        Block* const* const table = m_table;  // before the test: a loop reads the fields once
+        const int shift = m_blockShift;
+        const int offset = m_offset;
         CheckIndex(i);
-        return UncheckedConstGet(i);
+        return *Cell(table, shift, offset, i);
     }
     const T& UncheckedConstGet(int i) const { return *Cell(i); }
     const T& Last() const { return ConstGet(m_length - 1); }
@@ -191,18 +203,19 @@ public:
     cow_List& Append(const T& v) {
         // The slot behind the last element is nearly always there and private; the test for the
         // table is that Resize would leave it as it is.
-        const int position = m_offset + m_length;
-        const int slot = position >> m_blockShift;
-        if (*m_tableCount == 1 && (slot | 15) == m_tableSlots - 1 && position != kLastPosition)
-            [[likely]] {
+        const int length = m_length;
+        const unsigned position = static_cast<unsigned>(m_offset + length);
+        const unsigned slot = position >> m_blockShift;
+        if (*m_tableCount == 1 && (slot | 15) + 1 == static_cast<unsigned>(m_tableSlots) &&
+            position != kLastPosition) [[likely]] {
             const Block* const block = m_table[slot];
             if (block && block->m_count == 1) [[likely]] {
-                block->m_data[position - (slot << m_blockShift)] = v;
-                ++m_length;
+                block->Elements()[position - (slot << m_blockShift)] = v;
+                m_length = length + 1;
                 return *this;
             }
         }
-        return AppendToNewSlot(v);
+        return OutOfLine(v, &cow_List::AppendToNewSlot);
     }
     cow_List& AppendUnlessMember(const T& v) { return IsMember(v) ? *this : Append(v); }
     cow_List& Prepend(const T& v) {
@@ -211,13 +224,13 @@ public:
             const int slot = position >> m_blockShift;
             const Block* const block = m_table[slot];
             if (block && block->m_count == 1) [[likely]] {
-                block->m_data[position - (slot << m_blockShift)] = v;
+                block->Elements()[position - (slot << m_blockShift)] = v;
                 m_offset = position;
                 ++m_length;
                 return *this;
             }
         }
-        return PrependToNewSlot(v);
+        return OutOfLine(v, &cow_List::PrependToNewSlot);
     }
 
     cow_List& InsertIndex(int i, const T& v);  // v becomes element i; i is at most Length()
@@ -265,11 +278,12 @@ private:
 
     static constexpr int kLastPosition = 2147483647;
 
-    T* Cell(int i) const {
-        const int position = m_offset + i;
-        const int slot = position >> m_blockShift;
-        return m_table[slot]->m_data + (position - (slot << m_blockShift));
+    static T* Cell(Block* const* table, int shift, int offset, int i) {
+        const unsigned position = static_cast<unsigned>(offset + i);
+        const unsigned slot = position >> shift;
+        return table[slot]->Elements() + (position - (slot << shift));
     }
+    T* Cell(int i) const { return Cell(m_table, m_blockShift, m_offset, i); }
     // The address of element i, in `run` how many of at most n elements lie side by side there.
     T* Run(int i, int n, int& run) const {
         const int room = (1 << m_blockShift) - ((m_offset + i) & ((1 << m_blockShift) - 1));
@@ -313,6 +327,16 @@ private:
     cow_ListCut<T> PrepareCut(int n) const;
     void Truncate(int n, cow_ListCut<T>& cut);
     bool SharesBlocks(int n) const;
+    // Small values go as copies: a caller's variable whose address goes elsewhere is no longer kept
+    // in a register.
+    cow_List& OutOfLine(const T& v, cow_List& (cow_List::*add)(const T&)) {
+        if constexpr (std::is_scalar_v<T>) {
+            const T copy = v;
+            return (this->*add)(copy);
+        } else {
+            return (this->*add)(v);
+        }
+    }
     cow_List& AppendToNewSlot(const T& v);
     cow_List& PrependToNewSlot(const T& v);
     cow_List& AppendElements(const cow_List& other, int first, int n);

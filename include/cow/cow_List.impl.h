@@ -83,13 +83,11 @@ public:
 template <class T>
 cow_ListBlock<T>* cow_ListBlock<T>::New(int shift, const T* from, int first, int last) {
     static_assert(alignof(T) <= alignof(std::max_align_t));
-    constexpr std::size_t kHead =
-        (sizeof(cow_ListBlock) + alignof(T) - 1) / alignof(T) * alignof(T);
     const std::size_t size = std::size_t{1} << shift;
-    if (size > (std::numeric_limits<std::size_t>::max() - kHead) / sizeof(T))
+    if (size > (std::numeric_limits<std::size_t>::max() - Head()) / sizeof(T))
         throw std::bad_alloc();
-    std::unique_ptr<void, cow_FreeBlock> memory(mem_Malloc(kHead + size * sizeof(T)));
-    T* const data = reinterpret_cast<T*>(static_cast<char*>(memory.get()) + kHead);
+    std::unique_ptr<void, cow_FreeBlock> memory(mem_Malloc(Head() + size * sizeof(T)));
+    T* const data = reinterpret_cast<T*>(static_cast<char*>(memory.get()) + Head());
     if constexpr (std::is_trivially_copyable_v<T>) {
         if (first < last)
             std::memcpy(data + first, from + first,
@@ -107,7 +105,7 @@ cow_ListBlock<T>* cow_ListBlock<T>::New(int shift, const T* from, int first, int
             throw;
         }
     }
-    return ::new (memory.release()) cow_ListBlock(data);
+    return ::new (memory.release()) cow_ListBlock();
 }
 
 template <class T>
@@ -213,8 +211,14 @@ void cow_List<T>::ReleaseCArray(T* elements, int n) {
 
 template <class T>
 cow_List<T>& cow_List<T>::AppendToNewSlot(const T& v) {
-    Grow(std::int64_t{m_length} + 1);
-    IsolateRange(m_length, m_length);
+    const int slot = (m_offset + m_length) >> m_blockShift;
+    if (*m_tableCount == 1 && slot < m_tableSlots && !m_table[slot] &&
+        SlotsFor(std::int64_t{m_length} + 1) == m_tableSlots) {
+        m_table[slot] = Block::New(m_blockShift);
+    } else {
+        Grow(std::int64_t{m_length} + 1);
+        IsolateRange(m_length, m_length);
+    }
     *Cell(m_length) = v;
     ++m_length;
     return *this;
