@@ -23,12 +23,23 @@ void ReverseElements(unsigned char* out, const unsigned char* in, std::size_t si
 // Arrays past this size fit no cache; what is written then goes around the caches.
 constexpr std::size_t kStreamedBytes = std::size_t{16} << 20;
 
+template <bool kStreaming>
+[[gnu::always_inline, gnu::target("avx2")]] inline void ReverseVector(unsigned char* out,
+                                                                      const unsigned char* in,
+                                                                      __m256i order) {
+    const __m256i loaded = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in));
+    const __m256i reversed = _mm256_shuffle_epi8(loaded, order);
+    if constexpr (kStreaming)
+        _mm256_stream_si256(reinterpret_cast<__m256i*>(out), reversed);
+    else
+        _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), reversed);
+}
+
 // Converts the whole vectors of the array and returns their size in bytes. Each vector is loaded
 // before it is stored, so that the buffers may be one. Streaming needs `out` aligned to a vector.
 template <std::size_t kWidth, bool kStreaming>
-__attribute__((target("avx2"))) std::size_t ReverseVectors(unsigned char* out,
-                                                           const unsigned char* in,
-                                                           std::size_t size) {
+[[gnu::target("avx2")]] std::size_t ReverseVectors(unsigned char* out, const unsigned char* in,
+                                                   std::size_t size) {
     alignas(32) static constexpr auto kOrder = [] {
         std::array<unsigned char, 32> order{};
         for (std::size_t i = 0; i < 32; ++i)
@@ -37,28 +48,27 @@ __attribute__((target("avx2"))) std::size_t ReverseVectors(unsigned char* out,
     }();
     const __m256i order = _mm256_load_si256(reinterpret_cast<const __m256i*>(kOrder.data()));
     std::size_t done = 0;
-    for (; size - done >= 32; done += 32) {
-        __m256i v = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(in + done));
-        v = _mm256_shuffle_epi8(v, order);
-        if constexpr (kStreaming) {
-            _mm256_stream_si256(reinterpret_cast<__m256i*>(out + done), v);
-        } else {
-            _mm256_storeu_si256(reinterpret_cast<__m256i*>(out + done), v);
-        }
+    for (; size - done >= 128; done += 128) {
+#pragma GCC unroll 4
+        for (std::size_t i = done; i < done + 128; i += 32)
+            ReverseVector<kStreaming>(out + i, in + i, order);
     }
+    for (; size - done >= 32; done += 32) ReverseVector<kStreaming>(out + done, in + done, order);
     if constexpr (kStreaming) _mm_sfence();
     return done;
 }
 
+// Where whole elements lead to a place aligned to a vector, no store crosses cache lines.
 template <class T>
 std::size_t ReverseHead(unsigned char* out, const unsigned char* in, std::size_t size) {
-    if (size < 32 || !__builtin_cpu_supports("avx2")) return 0;
+    if (size < 64 || !__builtin_cpu_supports("avx2")) return 0;
     const std::size_t toAligned = (0u - reinterpret_cast<std::uintptr_t>(out)) % 32;
-    if (size < kStreamedBytes || out == in || toAligned % sizeof(T) != 0)
-        return ReverseVectors<sizeof(T), false>(out, in, size);
+    if (toAligned % sizeof(T) != 0) return ReverseVectors<sizeof(T), false>(out, in, size);
     ReverseElements<T>(out, in, toAligned);
-    return toAligned +
-           ReverseVectors<sizeof(T), true>(out + toAligned, in + toAligned, size - toAligned);
+    const bool streaming = size >= kStreamedBytes && out != in;
+    const auto reverse =
+        streaming ? ReverseVectors<sizeof(T), true> : ReverseVectors<sizeof(T), false>;
+    return toAligned + reverse(out + toAligned, in + toAligned, size - toAligned);
 }
 
 #else
