@@ -142,8 +142,6 @@ private:
     void MakeWordBlocks(unsigned int first, unsigned int last);
     void MakeBlocksOf(const omi_BlkBitVect& other);
     template <class Op>
-    void CombineWords(const omi_BlkBitVect& other, Op op);
-    template <class Op>
     void CombineAllWords(const omi_BlkBitVect& other, Op op);
     void Recount() const;
 

@@ -4,6 +4,7 @@
 #include <omi/omi_BlkBitVectTrav.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -199,15 +200,25 @@ bool omi_BlkBitVect::HasOverlap(const omi_BlkBitVect& other) const {
 }
 
 omi_BlkBitVect& omi_BlkBitVect::operator-=(const omi_BlkBitVect& other) {
-    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine & ~theirs; });
+    const unsigned int slots = std::min(m_slotCount, other.m_slotCount);
+    const auto mineOnly = [](unsigned int mine, unsigned int theirs) { return mine & ~theirs; };
+    for (unsigned int slot = 0; (slot = omi_detail::NextPresent(m_table, slot, slots)) < slots;
+         ++slot)
+        if (other.m_table[slot]) CombineBlocks(m_table[slot], other.m_table[slot], mineOnly);
+    m_stale = true;
     return *this;
 }
 
 omi_BlkBitVect& omi_BlkBitVect::operator&=(const omi_BlkBitVect& other) {
+    const auto both = [](unsigned int mine, unsigned int theirs) { return mine & theirs; };
     for (unsigned int slot = 0;
-         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot)
-        if (!other.Block(slot)) mem_Free(std::exchange(m_table[slot], nullptr));
-    CombineWords(other, [](unsigned int mine, unsigned int theirs) { return mine & theirs; });
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot) {
+        if (const unsigned int* const theirs = other.Block(slot))
+            CombineBlocks(m_table[slot], theirs, both);
+        else
+            mem_Free(std::exchange(m_table[slot], nullptr));
+    }
+    m_stale = true;
     return *this;
 }
 
@@ -221,35 +232,33 @@ omi_BlkBitVect& omi_BlkBitVect::operator^=(const omi_BlkBitVect& other) {
     return *this;
 }
 
-// Where both have a block, each own word becomes op(own word, other's word).
-template <class Op>
-void omi_BlkBitVect::CombineWords(const omi_BlkBitVect& other, Op op) {
-    const unsigned int slots = std::min(m_slotCount, other.m_slotCount);
-    for (unsigned int slot = 0; (slot = omi_detail::NextPresent(m_table, slot, slots)) < slots;
-         ++slot)
-        if (other.m_table[slot]) CombineBlocks(m_table[slot], other.m_table[slot], op);
-    m_stale = true;
-}
-
-// Besides, blocks that only the other has are copied. They are taken before any bit changes.
+// Blocks that only the other has are copied. They are taken before any bit changes. Of the
+// other's table, which may be far larger than its blocks, all is read once if it has few of them.
 template <class Op>
 void omi_BlkBitVect::CombineAllWords(const omi_BlkBitVect& other, Op op) {
     static_assert(kWords == kBlockWords);
     const unsigned int slots = other.m_slotCount;
     Realloc(slots);
     SpareBlocks spare;
-    for (unsigned int slot = 0;
-         (slot = omi_detail::NextPresent(other.m_table, slot, slots)) < slots; ++slot)
-        if (!m_table[slot]) spare.Add();
+    std::array<unsigned int, 512> few;
+    unsigned int found = 0;
     for (unsigned int slot = 0;
          (slot = omi_detail::NextPresent(other.m_table, slot, slots)) < slots; ++slot) {
+        if (!m_table[slot]) spare.Add();
+        if (found < few.size()) few[found++] = slot;
+    }
+    const auto combine = [&](unsigned int slot) {
         if (m_table[slot]) {
             CombineBlocks(m_table[slot], other.m_table[slot], op);
         } else {
             m_table[slot] = spare.Take();
             std::memcpy(m_table[slot], other.m_table[slot], kBlockWords * sizeof(unsigned int));
         }
-    }
+    };
+    std::for_each_n(few.begin(), found, combine);
+    for (unsigned int slot = found < few.size() ? slots : few.back() + 1;
+         (slot = omi_detail::NextPresent(other.m_table, slot, slots)) < slots; ++slot)
+        combine(slot);
     m_stale = true;
 }
 
