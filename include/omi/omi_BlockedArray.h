@@ -2,20 +2,25 @@
 #include <kzm_export.h>
 
 #include <cstddef>
+#include <cstdint>
 
 class cow_String;
 class omi_BlkBitVect;
 class omi_BlkBitVectTrav;
 
 namespace omi_detail {
+template <class Block>
+bool AllAbsent(Block* const* eight) {
+    std::uintptr_t any = 0;
+    for (int i = 0; i < 8; ++i) any |= reinterpret_cast<std::uintptr_t>(eight[i]);
+    return any == 0;
+}
+
 // The first slot from this one on that has a block, `end` if there is none.
 template <class Block>
 unsigned NextPresent(Block* const* table, unsigned slot, unsigned end) {
     for (; slot < end && !table[slot]; ++slot)
-        while (end - slot > 8 &&
-               !(table[slot + 1] || table[slot + 2] || table[slot + 3] || table[slot + 4] ||
-                 table[slot + 5] || table[slot + 6] || table[slot + 7] || table[slot + 8]))
-            slot += 8;
+        while (end - slot > 8 && AllAbsent(table + slot + 1)) slot += 8;
     return slot;
 }
 }  // namespace omi_detail
@@ -82,6 +87,8 @@ private:
     friend class omi_TableWalk;
     template <class, class>
     friend class omi_BlockSource;
+    template <class, class>
+    friend class omi_UintTable;
     friend KZM_API void SetBitTraverseData(const omi_BlkBitVect*, omi_BlkBitVectTrav*);
 
     static T** NewTable(unsigned slots);  // of null entries, null for 0 slots

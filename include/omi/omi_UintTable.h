@@ -115,7 +115,7 @@ public:
     V* FindCell(unsigned int key) const {
         const Block* const block = FindTableBlock(key);
         if (!block || !block->Members().IsSet(key & m_localMask)) return nullptr;
-        return block->GetCell(key & m_localMask);
+        return &Cell(key);
     }
 
     // The value of a key that must be a member; only that its block exists is checked, in debug
@@ -185,8 +185,10 @@ private:
     }
 
     V& Cell(unsigned int key) const {
-        assert(FindTableBlock(key));
-        return *FindTableBlock(key)->GetCell(key & m_localMask);
+        assert(FindTableBlock(key) && FindTableBlock(key)->GetCell(key & m_localMask));
+        const Block& block = *m_table[Slot(key)];
+        const unsigned int local = key & m_localMask;
+        return block.m_table[local >> (block.m_blockShift & 31)][local & block.m_blockMask];
     }
 
     bool InsertInto(Block& block, unsigned int key, const V& value) {
