@@ -34,8 +34,7 @@ public:
         } else if (m_pending.Empty()) {
             m_current = nullptr;
         } else {
-            m_current = m_pending.Top();
-            m_pending.Pop();
+            m_current = m_pending.Pop();
         }
         return *this;
     }

@@ -151,8 +151,10 @@ struct MapModel {
     }
     static Entries Backwards(auto&& it) {
         Entries entries;
-        for (it.Last(); !it.IsDone(); it.Previous())
+        for (it.Last(); !it.IsDone(); it.Previous()) {
+            if (!entries.empty()) it.Next(), it.Previous();  // turns on the way
             entries.emplace_back(it.CurrentKey(), &it.CurrentValue());
+        }
         return Entries(entries.rbegin(), entries.rend());
     }
     // For walks over a table in the order of a comparison.
