@@ -134,14 +134,14 @@ def btree_nodes(root):
             check(int(node) not in seen)
             seen.add(int(node))
             path.append(node)
-            node = btree_child(node, "m_left")
+            node = btree_child(node, 0)
         node = path.pop()
         yield node.dereference()
-        node = btree_child(node, "m_right")
+        node = btree_child(node, 1)
 
 
 def btree_child(node, side):
-    child = node[side]
+    child = node["m_children"][side]
     return handle(child.dereference())[0] if int(child) else child
 
 
@@ -151,8 +151,8 @@ def map_nodes(root, size):
     for _ in range(size):
         check(pending)
         node = pending.pop()
-        for child in ("m_child1", "m_child0"):
-            referent, _ = handle(node[child])
+        for child in (1, 0):
+            referent, _ = handle(node["m_children"][child])
             if int(referent):
                 pending.append(referent)
         yield node.dereference()

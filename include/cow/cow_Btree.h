@@ -1,5 +1,6 @@
 #pragma once
 #include <coreutils/atr_String.h>
+#include <coreutils/atr_TextStart.h>
 #include <cow/cow_BtreeWalk.h>
 #include <cow/cow_COW.h>
 #include <cow/cow_FixedArray.h>
@@ -21,21 +22,83 @@ template <class T>
 requires std::is_arithmetic_v<T>
 int BtreeCompare(T a, T b) { return b > a ? 1 : a > b ? -1 : 0; }
 
-// The same for the length of a descent, with one look at the switch of natural order.
+// The order of one key, which must outlive this, against many others for the length of a descent:
+// as BtreeCompare(other, key). Differs answers the same as two: whether the keys differ, and in
+// `isBehind`, 0 or 1, whether the one key sorts behind; for that no branch need be guessed. Texts
+// look once at the switch of natural order.
 template <class K>
-struct cow_BtreeOrder {
-    // The sign of b against a.
-    int operator()(const K& a, const K& b) const { return BtreeCompare(a, b); }
+class cow_BtreeOrder {
+public:
+    static constexpr bool kReadsNodeOnly = false;
+
+    explicit cow_BtreeOrder(const K& key) : m_key(key) {}
+    int operator()(const K& other) const { return BtreeCompare(other, m_key); }
+    bool Differs(const K& other, unsigned& isBehind) const {
+        const int sign = BtreeCompare(other, m_key);
+        isBehind = sign > 0;
+        return sign != 0;
+    }
+
+private:
+    const K& m_key;
+};
+template <class K>
+requires std::is_arithmetic_v<K>
+class cow_BtreeOrder<K> {
+public:
+    static constexpr bool kReadsNodeOnly = true;
+
+    explicit cow_BtreeOrder(K key) : m_key(key) {}
+    int operator()(K other) const { return BtreeCompare(other, m_key); }
+    bool Differs(K other, unsigned& isBehind) const {
+        if constexpr (std::is_integral_v<K> && sizeof(K) <= 4) {
+            // Computed; the instruction that sets a flag would wait for the step before.
+            const std::int64_t ahead = std::int64_t{other} - std::int64_t{m_key};
+            isBehind = static_cast<unsigned>(static_cast<std::uint64_t>(ahead) >> 63);
+            return m_key != other;
+        } else {
+            isBehind = m_key > other;
+            return m_key > other || m_key < other;
+        }
+    }
+
+private:
+    const K m_key;
 };
 // For texts; the order is the one that is switched on when this is made.
 template <std::derived_from<atr_StringBase> K>
-struct cow_BtreeOrder<K> {
-    // The sign of b against a.
-    int operator()(const K& a, const K& b) const {
-        return m_natural ? strnatcmp(b.CStr(), a.CStr()) : b.Compare(a);
+class cow_BtreeOrder<K> {
+public:
+    static constexpr bool kReadsNodeOnly = false;
+
+    explicit cow_BtreeOrder(const K& key)
+        : m_key(key),
+          m_isNatural(atr_getNaturalOrder() != 0),
+          m_start(m_isNatural ? atr_TextStart() : atr_TextStart(key)) {}
+    int operator()(const K& other) const {
+        const std::uint64_t mine = m_start.Bytes(), others = m_start.BytesOf(other);
+        if (mine != others) [[likely]]
+            return mine > others ? 1 : -1;
+        return m_start.Decides() ? 0 : CompareWhole(other);
     }
-    // Whether the order is the natural one.
-    const bool m_natural = atr_getNaturalOrder() != 0;
+    bool Differs(const K& other, unsigned& isBehind) const {
+        const std::uint64_t mine = m_start.Bytes(), others = m_start.BytesOf(other);
+        isBehind = mine > others;
+        if (mine != others) [[likely]]
+            return true;
+        const int sign = m_start.Decides() ? 0 : CompareWhole(other);
+        isBehind = sign > 0;
+        return sign != 0;
+    }
+
+private:
+    [[gnu::noinline]] int CompareWhole(const K& other) const {
+        return m_isNatural ? strnatcmp(m_key.CStr(), other.CStr()) : m_key.Compare(other);
+    }
+
+    const K& m_key;
+    const bool m_isNatural;
+    const atr_TextStart m_start;
 };
 
 template <class K, class V>
@@ -52,8 +115,7 @@ public:
     using Handle = cow_COW<cow_BtreeNode, cow_Direct<cow_BtreeNode>>;
 
     // Without children.
-    cow_BtreeNode(const K& k, const V& v)
-        : Entry{k, v}, m_left(nullptr), m_right(nullptr), m_depth(0) {}
+    cow_BtreeNode(const K& k, const V& v) : Entry{k, v}, m_children{nullptr, nullptr}, m_depth(0) {}
     cow_BtreeNode(const cow_BtreeNode& other);  // shares the children
     cow_BtreeNode& operator=(const cow_BtreeNode&) = delete;
     ~cow_BtreeNode();
@@ -62,22 +124,16 @@ public:
     static int Compare(const K& a, const K& b) { return BtreeCompare(a, b); }
 
     // Null where there is no such child.
-    const cow_BtreeNode* Left() const { return m_left ? m_left->GetPtr() : nullptr; }
-    const cow_BtreeNode* Right() const { return m_right ? m_right->GetPtr() : nullptr; }
+    const cow_BtreeNode* Left() const { return NodeOf(m_children[kLeft]); }
+    const cow_BtreeNode* Right() const { return NodeOf(m_children[kRight]); }
 
     // 0 without children, else 1 more than the deeper child's.
     int Depth() const { return m_depth; }
 
     // The key's value in this node or below, null if it is absent.
     const V* ConstFind(const K& k) const {
-        const cow_BtreeOrder<K> compare;
-        const cow_BtreeNode* node = this;
-        do {
-            const int order = compare(node->key, k);
-            if (order == 0) return &node->value;
-            node = order > 0 ? node->Right() : node->Left();
-        } while (node);
-        return nullptr;
+        const cow_BtreeOrder<K> order(k);
+        return m_depth <= kMostGuesses ? FindGuessing(order) : FindByIndex(order);
     }
 
     // The same for writing: the nodes on the way are made private, also if the key is absent.
@@ -110,16 +166,58 @@ private:
     friend class cow_BtreeWay<K, V>;
     friend struct kzm_Layout;
 
-    int LeftHeight() const { return m_left ? m_left->GetPtr()->m_depth : 0; }
-    int RightHeight() const { return m_right ? m_right->GetPtr()->m_depth : 0; }
+    enum Side { kLeft, kRight };
+
+    static cow_BtreeNode* NodeOf(Handle* child) {
+        if (!child) return nullptr;
+        cow_BtreeNode* const node = child->GetPtr();
+        if (!node) __builtin_unreachable();  // so that callers test once
+        return node;
+    }
+
+    // A processor that guesses every branch works on the next levels before it knows the answer of
+    // this one. In a small tree, which stays in its caches, that is faster although every second
+    // guess may be wrong; in a deep one each of those is a wait for memory.
+    static constexpr int kMostGuesses = 12;
+    const V* FindGuessing(const cow_BtreeOrder<K>& order) const {
+        const cow_BtreeNode* node = this;
+        do {
+            const int sign = order(node->key);
+            if (sign == 0) return &node->value;
+            if (sign > 0)
+                node = node->Right();
+            else
+                node = node->Left();
+        } while (node);
+        return nullptr;
+    }
+    const V* FindByIndex(const cow_BtreeOrder<K>& order) const {
+        const cow_BtreeNode* node = this;
+        do {
+            if constexpr (!cow_BtreeOrder<K>::kReadsNodeOnly) {
+                __builtin_prefetch(node->Left());
+                __builtin_prefetch(node->Right());
+            }
+            unsigned isBehind;
+            if (!order.Differs(node->key, isBehind)) return &node->value;
+            node = NodeOf(node->m_children[isBehind]);
+        } while (node);
+        return nullptr;
+    }
+
+    int Height(Side side) const {
+        const cow_BtreeNode* const child = NodeOf(m_children[side]);
+        return child ? child->m_depth : 0;
+    }
+    int LeftHeight() const { return Height(kLeft); }
+    int RightHeight() const { return Height(kRight); }
     bool UpdateDepth() {  // true where the node needs no balance
         const int left = LeftHeight(), right = RightHeight();
-        m_depth = m_left || m_right ? 1 + std::max(left, right) : 0;
+        m_depth = m_children[kLeft] || m_children[kRight] ? 1 + std::max(left, right) : 0;
         return right - left <= 1 && left - right <= 1;
     }
 
-    Handle* m_left;   // owned; null or with a node
-    Handle* m_right;  // owned; null or with a node
+    Handle* m_children[2];  // by Side; owned; null or with a node
     std::int32_t m_depth;
 };
 

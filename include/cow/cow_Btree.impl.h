@@ -19,11 +19,11 @@ public:
     // Goes down to the key. Null if it is there, the way then ending at its node; else the empty
     // link where it belongs.
     Handle** Descend(const K& key) {
-        const cow_BtreeOrder<K> compare;
+        const cow_BtreeOrder<K> order(key);
         for (Node* node = m_top;;) {
-            const int order = compare(node->key, key);
-            if (order == 0) return nullptr;
-            Handle** const link = order > 0 ? &node->m_right : &node->m_left;
+            unsigned isBehind;
+            if (!order.Differs(node->key, isBehind)) return nullptr;
+            Handle** const link = &node->m_children[isBehind];
             m_links.Push(link);
             if (!*link) return link;
             node = &(*link)->Get();
@@ -32,21 +32,18 @@ public:
 
     // Adds the way to the in-order successor of the node that it ends at, which has a right child.
     void DescendToSuccessor() {
-        for (Handle** link = &End().m_right; *link; link = &(*link)->Get().m_left)
+        for (Handle** link = &End().m_children[Node::kRight]; *link;
+             link = &(*link)->Get().m_children[Node::kLeft])
             m_links.Push(link);
     }
 
     std::size_t Length() const { return m_links.Size(); }
     Handle** LastLink() const { return m_links.Top(); }
-    Handle** PopLink() {
-        Handle** const link = m_links.Top();
-        m_links.Pop();
-        return link;
-    }
+    Handle** PopLink() { return m_links.Pop(); }
 
     // `node` now stands at a level, the way going on to its right.
     void Replace(std::size_t level, Node& node) {
-        if (level < Length()) m_links[level] = &node.m_right;
+        if (level < Length()) m_links[level] = &node.m_children[Node::kRight];
         if (level == 0) m_top = &node;
     }
 
@@ -115,13 +112,13 @@ Node* NewNode(const K& key, const V& value) {
 
 template <class K, class V>
 cow_BtreeNode<K, V>::cow_BtreeNode(const cow_BtreeNode& other)
-    : Entry(other), m_left(nullptr), m_right(nullptr), m_depth(other.m_depth) {
+    : Entry(other), m_children{nullptr, nullptr}, m_depth(other.m_depth) {
     using cow_btree_detail::NewSharing;
-    if (other.m_left) m_left = NewSharing(*other.m_left);
+    if (other.m_children[kLeft]) m_children[kLeft] = NewSharing(*other.m_children[kLeft]);
     try {
-        if (other.m_right) m_right = NewSharing(*other.m_right);
+        if (other.m_children[kRight]) m_children[kRight] = NewSharing(*other.m_children[kRight]);
     } catch (...) {
-        cow_Destroy(m_left);
+        cow_Destroy(m_children[kLeft]);
         throw;
     }
 }
@@ -130,17 +127,17 @@ cow_BtreeNode<K, V>::cow_BtreeNode(const cow_BtreeNode& other)
 // until the top one has no left child of its own, and go one by one.
 template <class K, class V>
 cow_BtreeNode<K, V>::~cow_BtreeNode() {
-    for (Handle* top : {m_left, m_right}) {
+    for (Handle* top : {m_children[kLeft], m_children[kRight]}) {
         while (top && top->Exclusive()) {
             cow_BtreeNode* const node = top->GetPtr();
-            Handle* const left = node->m_left;
+            Handle* const left = node->m_children[kLeft];
             Handle* rest = left;
             if (left && left->Exclusive()) {
-                node->m_left = left->GetPtr()->m_right;
-                left->GetPtr()->m_right = top;
+                node->m_children[kLeft] = left->GetPtr()->m_children[kRight];
+                left->GetPtr()->m_children[kRight] = top;
             } else {
-                rest = node->m_right;
-                node->m_right = nullptr;
+                rest = node->m_children[kRight];
+                node->m_children[kRight] = nullptr;
                 cow_Destroy(top);
             }
             top = rest;
@@ -151,11 +148,11 @@ cow_BtreeNode<K, V>::~cow_BtreeNode() {
 
 template <class K, class V>
 V* cow_BtreeNode<K, V>::Find(const K& k) {
-    const cow_BtreeOrder<K> compare;
+    const cow_BtreeOrder<K> order(k);
     for (cow_BtreeNode* node = this;;) {
-        const int order = compare(node->key, k);
-        if (order == 0) return &node->value;
-        Handle* const next = order > 0 ? node->m_right : node->m_left;
+        unsigned isBehind;
+        if (!order.Differs(node->key, isBehind)) return &node->value;
+        Handle* const next = node->m_children[isBehind];
         if (!next) return nullptr;
         node = &next->Get();
     }
@@ -187,9 +184,9 @@ bool cow_BtreeNode<K, V>::Remove(const K& k) {
 
 template <class K, class V>
 typename cow_BtreeNode<K, V>::Handle* cow_BtreeNode<K, V>::RemoveNode(cow_BtreeWay<K, V>& way) {
-    if (!m_right) {
-        Handle* const rest = m_left;
-        m_left = nullptr;
+    if (!m_children[kRight]) {
+        Handle* const rest = m_children[kLeft];
+        m_children[kLeft] = nullptr;
         if (way.Length() != 0) way.PopLink();
         return rest;
     }
@@ -198,11 +195,11 @@ typename cow_BtreeNode<K, V>::Handle* cow_BtreeNode<K, V>::RemoveNode(cow_BtreeW
     Handle** const link = way.PopLink();
     Handle* const successor = *link;
     cow_BtreeNode& node = *successor->GetPtr();
-    *link = node.m_right;
-    node.m_left = m_left;
-    node.m_right = m_right;
-    m_left = nullptr;
-    m_right = nullptr;
+    *link = node.m_children[kRight];
+    node.m_children[kLeft] = m_children[kLeft];
+    node.m_children[kRight] = m_children[kRight];
+    m_children[kLeft] = nullptr;
+    m_children[kRight] = nullptr;
     way.Replace(level, node);
     return successor;
 }
@@ -212,17 +209,17 @@ typename cow_BtreeNode<K, V>::Handle* cow_BtreeNode<K, V>::Balance(Handle* self)
     const int lean = RightHeight() - LeftHeight();
     Handle* top = nullptr;
     if (lean > 1) {
-        top = m_right;
+        top = m_children[kRight];
         cow_BtreeNode& node = top->Get();
-        m_right = node.m_left;
-        node.m_left = self;
+        m_children[kRight] = node.m_children[kLeft];
+        node.m_children[kLeft] = self;
         UpdateDepth();
         node.UpdateDepth();
     } else if (lean < -1) {
-        top = m_left;
+        top = m_children[kLeft];
         cow_BtreeNode& node = top->Get();
-        m_left = node.m_right;
-        node.m_right = self;
+        m_children[kLeft] = node.m_children[kRight];
+        node.m_children[kRight] = self;
         UpdateDepth();
         node.UpdateDepth();
     }

@@ -18,6 +18,31 @@
 inline bool cow_MapBit(unsigned int key, int i) { return i < 32 && (key >> i & 1) != 0; }
 inline bool cow_MapBit(int key, int i) { return cow_MapBit(static_cast<unsigned int>(key), i); }
 
+// The same one after the other from bit 0 on, for the length of a descent.
+template <class K>
+class cow_MapBits {
+public:
+    explicit cow_MapBits(const K& key) : m_key(key), m_next(0) {}
+    bool Next() { return cow_MapBit(m_key, m_next++); }
+
+private:
+    const K& m_key;
+    int m_next;
+};
+template <class K>
+requires(std::same_as<K, int> || std::same_as<K, unsigned int>) class cow_MapBits<K> {
+public:
+    explicit cow_MapBits(K key) : m_bits(static_cast<unsigned int>(key)) {}
+    bool Next() {
+        const bool bit = m_bits & 1;
+        m_bits >>= 1;
+        return bit;
+    }
+
+private:
+    unsigned int m_bits;
+};
+
 // A node of cow_Map. Every node sits behind a handle of its own, so that copies of a map share
 // nodes one by one. The entry it derives from comes first in memory: key, then value.
 template <class K, class V>
@@ -28,24 +53,25 @@ public:
     using Handle = cow_COW<cow_MapNode, cow_Direct<cow_MapNode>>;
 
     // Without children.
-    cow_MapNode(const K& k, const V& v) : Entry{k, v}, m_child0(kNone), m_child1(kNone) {}
+    cow_MapNode(const K& k, const V& v) : Entry{k, v}, m_children{kNone, kNone} {}
     cow_MapNode(const cow_MapNode& other) = default;  // shares the children
     cow_MapNode& operator=(const cow_MapNode&) = delete;
     ~cow_MapNode();
 
     // The subtrees of keys whose bit at this depth is 0 or 1. Whoever writes through them keeps
     // keys where cow_MapBit finds them.
-    const Handle& Child0() const { return m_child0; }
-    const Handle& Child1() const { return m_child1; }
-    Handle& Child(bool bit) { return bit ? m_child1 : m_child0; }
-    const Handle& Child(bool bit) const { return bit ? m_child1 : m_child0; }
+    const Handle& Child0() const { return m_children[0]; }
+    const Handle& Child1() const { return m_children[1]; }
+    Handle& Child(bool bit) { return m_children[bit]; }
+    const Handle& Child(bool bit) const { return m_children[bit]; }
 
 private:
     friend struct kzm_Layout;
     static constexpr cow_MapNode* kNone = nullptr;
 
-    Handle m_child0;  // null referent: no such child
-    Handle m_child1;
+    // Child 0, child 1; null referent: no such child. An array, since half of the guesses that a
+    // branch on a bit makes are wrong.
+    Handle m_children[2];
 };
 
 // Map from integer or text keys to values of V that is copied in constant time: a copy shares every
@@ -157,8 +183,8 @@ private:
 
     const Node* FindNode(const K& key) const {
         const Node* node = m_root.GetPtr();
-        for (int bit = 0; node && !(node->key == key); ++bit)
-            node = node->Child(cow_MapBit(key, bit)).GetPtr();
+        for (cow_MapBits<K> bits(key); node && !(node->key == key);)
+            node = node->Child(bits.Next()).GetPtr();
         return node;
     }
 
@@ -166,10 +192,10 @@ private:
     // key's own, are made private.
     Handle& Descend(const K& key) {
         Handle* place = &m_root;
-        for (int bit = 0; place->HasValue(); ++bit) {
+        for (cow_MapBits<K> bits(key); place->HasValue();) {
             Node& node = place->Get();
             if (node.key == key) break;
-            place = &node.Child(cow_MapBit(key, bit));
+            place = &node.Child(bits.Next());
         }
         return *place;
     }

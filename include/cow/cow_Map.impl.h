@@ -28,8 +28,8 @@ void TearDown(Handle& top) {
 template <class K, class V>
 cow_MapNode<K, V>::~cow_MapNode() {
     if constexpr (!std::is_integral_v<K>) {  // else the depth is bounded
-        cow_map_detail::TearDown(m_child0);
-        cow_map_detail::TearDown(m_child1);
+        cow_map_detail::TearDown(m_children[0]);
+        cow_map_detail::TearDown(m_children[1]);
     }
 }
 
@@ -49,15 +49,15 @@ template <class K, class V>
 bool cow_Map<K, V>::Remove(const K& key) {
     Handle* place = &m_root;
     bool shared = false;  // some node above
-    for (int bit = 0; place->HasValue() && !(place->GetRef().key == key); ++bit) {
+    for (cow_MapBits<K> bits(key); place->HasValue() && !(place->GetRef().key == key);) {
         shared = shared || !place->Exclusive();
-        place = &place->GetPtr()->Child(cow_MapBit(key, bit));
+        place = &place->GetPtr()->Child(bits.Next());
     }
     if (place->IsNull()) return false;
     if (shared) {
         place = &m_root;
-        for (int bit = 0; !(place->GetRef().key == key); ++bit)
-            place = &place->Get().Child(cow_MapBit(key, bit));
+        for (cow_MapBits<K> bits(key); !(place->GetRef().key == key);)
+            place = &place->Get().Child(bits.Next());
     }
     if constexpr (std::is_nothrow_copy_assignable_v<K> && std::is_nothrow_copy_assignable_v<V>)
         PullUp(*place);
@@ -125,7 +125,7 @@ void cow_Map<K, V>::PullUpCopies(Handle& top) {
 
 template <class K, class V>
 typename cow_Map<K, V>::Node* cow_Map<K, V>::NewNode(const K& key, const V& value) {
-    void* const block = mem_OperatorNewThrow(sizeof(Node));
+    void* const block = mem_OperatorNewTinyThrow(sizeof(Node));  // packed: more in the caches
     try {
         return ::new (block) Node(key, value);
     } catch (...) {

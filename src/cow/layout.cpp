@@ -59,19 +59,19 @@ struct kzm_Layout {
     using TreeNode = cow_BtreeNode<cow_String, int>;
     static_assert(offsetof(TreeNode, key) == 0);
     static_assert(offsetof(TreeNode, value) == sizeof(cow_String));
-    static_assert(offsetof(TreeNode, m_left) == 3 * sizeof(void*));
-    static_assert(offsetof(TreeNode, m_right) == 4 * sizeof(void*));
+    static_assert(offsetof(TreeNode, m_children) == 3 * sizeof(void*));
+    static_assert(sizeof(TreeNode::m_children) == 2 * sizeof(void*));
     static_assert(offsetof(TreeNode, m_depth) == 5 * sizeof(void*));
     static_assert(sizeof(TreeNode) == 6 * sizeof(void*));
     using NumberNode = cow_BtreeNode<int, double>;
-    static_assert(offsetof(NumberNode, m_left) == 16);
+    static_assert(offsetof(NumberNode, m_children) == 16);
     static_assert(sizeof(cow_Btree<int, int>) == 2 * sizeof(void*));
 
     using MapNode = cow_MapNode<cow_String, int>;
     static_assert(offsetof(MapNode, key) == 0);
     static_assert(offsetof(MapNode, value) == sizeof(cow_String));
-    static_assert(offsetof(MapNode, m_child0) == 3 * sizeof(void*));
-    static_assert(offsetof(MapNode, m_child1) == 5 * sizeof(void*));
+    static_assert(offsetof(MapNode, m_children) == 3 * sizeof(void*));
+    static_assert(sizeof(MapNode::m_children) == 4 * sizeof(void*));
     static_assert(sizeof(MapNode) == 7 * sizeof(void*));
     using Map = cow_Map<int, int>;
     static_assert(offsetof(Map, m_root) == 0);

@@ -20,7 +20,8 @@ constexpr int kShort = 1024;
 
 // Unshared and terminated, of length 0. Blocks are whole multiples of 8 bytes.
 atr_StringRecord* NewRecord(int capacity) {
-    const std::size_t wanted = sizeof(atr_StringRecord) + static_cast<std::size_t>(capacity) + 1;
+    const std::size_t text = std::max<std::size_t>(static_cast<std::size_t>(capacity) + 1, 8);
+    const std::size_t wanted = sizeof(atr_StringRecord) + text;
     const std::size_t block = (wanted + 7) & ~std::size_t{7};
     const std::size_t room = block - sizeof(atr_StringRecord) - 1;
     void* const memory = host_heap::TakePacked(block);
@@ -28,7 +29,7 @@ atr_StringRecord* NewRecord(int capacity) {
     rep->m_count = 1;
     rep->m_capacity = static_cast<std::int32_t>(std::min<std::size_t>(room, INT_MAX));
     rep->m_length = 0;
-    rep->Text()[0] = '\0';
+    std::memset(rep->Text(), 0, 8);
     return rep;
 }
 

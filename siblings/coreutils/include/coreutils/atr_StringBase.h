@@ -10,7 +10,8 @@
 #include <host/host_hand.h>
 #endif
 
-// The shared block of a text: this head, then the bytes and a zero byte.
+// The shared block of a text: this head, then the bytes and a zero byte; of those at least 8 belong
+// to the block, so that a word of them may be read at once.
 struct atr_StringRecord {
     std::int32_t m_count;     // strings that share the block; plain, as every count of a value
     std::int32_t m_capacity;  // bytes of text that fit, without the terminator
@@ -126,6 +127,7 @@ protected:
     void Delete();  // frees the block; the fields are left to the caller
 
 private:
+    friend class atr_TextStart;
     friend struct kzm_Layout;
 
     static int Sign(int order) { return (order > 0) - (order < 0); }
