@@ -279,13 +279,7 @@ def vector_items(value, element=None):
 
 def walk_node(value):
     """The node that a cow_BtreeWalk or cow_MapWalk stands on, or null."""
-    if gdb.types.has_field(gdb.types.get_basic_type(value.type), "m_current"):
-        return value["m_current"]
-    path = value["m_path"]
-    depth = int(path["m_size"])
-    check(depth <= int(path["m_capacity"]) and depth <= COUNT_LIMIT)
-    entries = path["m_entries"]
-    return entries[depth - 1] if depth else gdb.Value(0).cast(entries.type.target())
+    return value["m_current"]
 
 
 def sharers_of(value):
@@ -694,7 +688,7 @@ class Walk(View):
 
 
 class BtreeWalk(Walk):
-    fields = ("m_path", "m_root")
+    fields = ("m_pending", "m_current", "m_root")
 
 
 class MapWalk(Walk):
