@@ -16,8 +16,10 @@ KZMBasFilStracePhase::Impl::~Impl() {
 }
 
 void KZMBasFilStracePhase::Impl::Begin(const char* name) {
-    const std::string prefix = m_innermost ? m_innermost->m_path + "/" : "";
-    m_innermost = new Phase(prefix + (name ? name : ""), m_innermost);
+    std::string path = Path();
+    if (m_innermost) path += '/';
+    if (name) path += name;
+    m_innermost = new Phase(path, m_innermost);
 }
 
 void KZMBasFilStracePhase::Impl::End() {

@@ -14,7 +14,7 @@ namespace {
 constexpr char kNetwork[] = "Network connectors";
 constexpr char kNetworkDirectory[] = "Network connectors/";
 
-enum class NetworkPrefix { kNone, kTranslated, kPlain, kTranslatedDirectory, kPlainDirectory };
+enum class NetworkPrefix { kNone, kTranslated, kPlain };
 
 std::string_view AsUserSees(const char* text) { return atr_translate(KZMBasStringModeUser, text); }
 
@@ -26,12 +26,11 @@ NetworkPrefix NetworkPrefixOf(std::string_view path) {
     if (path.empty() || path == ".") return NetworkPrefix::kNone;
     if (matches(AsUserSees(kNetwork))) return NetworkPrefix::kTranslated;
     if (matches(kNetwork)) return NetworkPrefix::kPlain;
-    if (matches(AsUserSees(kNetworkDirectory))) return NetworkPrefix::kTranslatedDirectory;
-    if (matches(kNetworkDirectory)) return NetworkPrefix::kPlainDirectory;
+    if (matches(AsUserSees(kNetworkDirectory))) return NetworkPrefix::kTranslated;
     return NetworkPrefix::kNone;
 }
 
-bool IsDriveLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsDriveLetter(char c) { return static_cast<unsigned int>((c | 32) - 'a') < 26; }
 
 bool BeginsWithDrive(std::string_view path) {
     return path.size() >= 2 && IsDriveLetter(path[0]) && path[1] == ':';
@@ -217,11 +216,9 @@ void KZMBasUtlFilePath::TrimPrefixNetworkConnectors(cow_String& path) {
         case NetworkPrefix::kNone:
             break;
         case NetworkPrefix::kTranslated:
-        case NetworkPrefix::kTranslatedDirectory:
             trim(AsUserSees(kNetwork));
             break;
         case NetworkPrefix::kPlain:
-        case NetworkPrefix::kPlainDirectory:
             trim(kNetwork);
             break;
     }

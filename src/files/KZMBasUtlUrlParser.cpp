@@ -5,7 +5,7 @@
 
 namespace {
 
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsLetter(char c) { return static_cast<unsigned int>((c | 32) - 'a') < 26; }
 
 bool IsSchemeCharacter(char c) {
     return IsLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';

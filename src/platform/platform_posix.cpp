@@ -17,7 +17,7 @@ namespace {
 constexpr int kOnlyDrive = 'Z' - 'A' + 1;
 constexpr std::size_t kLongestOfDrive = 259;  // as the system with drives has it
 
-bool IsDriveLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
+bool IsDriveLetter(char c) { return static_cast<unsigned int>((c | 32) - 'a') < 26; }
 
 std::string HostForm(std::string_view native) {
     std::string path = std::string("Z:").append(native);
