@@ -183,6 +183,16 @@ TEST(Map, LongChainsGoWithoutRecursionOrMemory) {
     }
 }
 
+TEST(Map, WalksTakeTheHeapWhereManyKeysBeginAlike) {
+    cow_Map<cow_String, int> map;
+    for (int i = 0; i < 80; ++i)
+        map.Insert(cow_String(std::string(i, i % 2 ? 'b' : 'c').c_str()), i);
+    std::set<int> seen;
+    auto last = map.begin();
+    for (auto it = map.begin(); it != map.end(); ++it) seen.insert((last = it)->value);
+    EXPECT_TRUE(seen.size() == 80 && ++last == map.end());
+}
+
 TEST(Map, IteratorsWalkTheMapAsItWasSortedAsAsked) {
     using Sorted = cow_ConstMapSortedIt<unsigned, int>;
     static_assert(std::forward_iterator<Map::const_iterator>);

@@ -3,6 +3,7 @@
 #include <cow/cow_2DArray.h>
 #include <cow/cow_FixedArray.h>
 #include <cow/cow_List.impl.h>
+#include <cow/cow_ListIter.h>
 #include <cow/cow_String.h>
 #include <gtest/gtest.h>
 #include <support/allocations.h>
@@ -180,6 +181,17 @@ TEST(List, IteratorsWorkWithTheStandardAlgorithms) {
         EXPECT_EQ(std::lower_bound(list.begin(), list.end(), i), list.end() - (256 - i));
 }
 
+TEST(List, EndsAndAbsentElementsAreNoMistakes) {
+    const List list(1, 2, 3);
+    EXPECT_EQ(List(list).InsertIndex(3, 4).RemoveMember(7), List(1, 2, 3, 4));
+    EXPECT_EQ(list.Slice(9, 0), List());
+    int n = 7;
+    EXPECT_TRUE(!List().GetCArray(n) && n == 0);
+    cow_ListIter<int> none = List();
+    none.Next();
+    EXPECT_FALSE(none.NotDone() || none.ArrayIndex());
+}
+
 TEST(ListDeathTest, IndexOutsideTheListAborts) {
     List list(1, 2, 3), empty;
     for (const int i : {-1, 3}) EXPECT_ABORT(list.ConstGet(i));
@@ -188,6 +200,7 @@ TEST(ListDeathTest, IndexOutsideTheListAborts) {
     EXPECT_ABORT(list.InsertIndex(4, 0));
     EXPECT_ABORT(list.Slice(1, INT_MAX));
     EXPECT_ABORT(list.Resize(-1));
+    EXPECT_ABORT(list.Fill(-1, 0));
     EXPECT_ABORT(empty.Last());
     EXPECT_ABORT(empty.Pop());
 }

@@ -91,7 +91,8 @@ TEST_F(FilePath, UrlsAndNetworkNamesAreKeptWhole) {
         EXPECT_EQ(path.IsUrl(), kind[0] == 'u');
         EXPECT_EQ(path.IsRemote(), kind != "u");
         path.Native().Portable();
-        for (const cow_String& text : {path.PathName(), path.FileName(), path.AbsolutePathName()})
+        for (const cow_String& text : {path.PathName(), path.FileName(), path.AbsolutePathName(),
+                                       path.AbsoluteDirectoryPath()})
             EXPECT_EQ(text, whole);
         EXPECT_FALSE(path.Exists() || path.IsDir() || path.IsReadable() || path.IsWriteable());
     }
@@ -106,12 +107,24 @@ TEST_F(FilePath, NetworkNamesAreStoredUntranslatedAndComparedByLetter) {
         EXPECT_EQ(Path(directory, file).PathName(), "Network connectors/a") << row;
     }
     EXPECT_FALSE(Path("", "liens/a").IsRemote());
+    atr_setTranslator(
+        [](const char* text) { return std::string_view(text).ends_with('/') ? "L/" : ""; });
+    EXPECT_TRUE(Path::IsPrefixRemoteFileAccessor("L/a") && !Path::IsPrefixRemoteFileAccessor("L"));
     atr_setTranslator([](const char*) { return ""; });  // says nothing, so it marks nothing
     EXPECT_FALSE(Path::IsPrefixRemoteFileAccessor("a"));
     atr_setTranslator(nullptr);
     EXPECT_EQ(Path("sub", "Liens/a").Directory(), "Liens\\");
     for (const char* text : {"", ".", "network connectors", "Network conn"})
         EXPECT_FALSE(Path::IsPrefixRemoteFileAccessor(text)) << text;
+}
+
+TEST_F(FilePath, PathsAreEqualWhereAllTheirPartsAre) {
+    const Path paths[] = {{"C:/a", "b.c"},    {"C:/x", "b.c"},
+                          {"C:/a", "d/b.c"},  {"C:/a", "x.c"},
+                          {"C:/a", "b.x"},    {"ftp://", "Network connectors"},
+                          {"C:/a", "ftp://"}, {"", "Network connectors"}};
+    for (const Path& a : paths)
+        for (const Path& b : paths) EXPECT_EQ(a == b, &a == &b);
 }
 
 TEST_F(FilePath, PortableAndNativeLeaveTheExtensionAndCopiesAlone) {
@@ -148,6 +161,7 @@ TEST_F(FilePath, QueriesAskTheSystem) {
         }
     }
     EXPECT_TRUE(Utils::CheckDirectory(getdevice() += "\\"));
+    EXPECT_TRUE(Utils::CheckFile(cow_String("run.exe")) && !Utils::CheckFile(cow_String("dé")));
     EXPECT_FALSE(Utils::CheckFile(cow_String("run.exe\0x", 9)));
     EXPECT_EQ(Utils::NativeName(cow_String("a\0b", 3)), "");
     ASSERT_EQ(chdir("dé"), 0);

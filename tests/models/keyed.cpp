@@ -1,10 +1,12 @@
 #include <cow/cow_Btree.impl.h>
 #include <cow/cow_BtreeIterator.h>
+#include <cow/cow_BtreeUtils.impl.h>
 #include <cow/cow_IntMultiMapInt.h>
 #include <cow/cow_IntTableInt.h>
 #include <cow/cow_List.h>
 #include <cow/cow_Map.impl.h>
 #include <cow/cow_MapIterator.impl.h>
+#include <cow/cow_MapUtils.impl.h>
 #include <generics/KZMBasTree.h>
 #include <models/model.h>
 #include <omi/HashTable.h>
@@ -32,6 +34,8 @@ public:
     Owned& operator=(Owned other) noexcept { return m_object.swap(other.m_object), *this; }
     bool operator==(const Owned& other) const { return *m_object == *other.m_object; }
     T& operator*() const { return *m_object; }
+    auto begin() const { return m_object->begin(); }
+    auto end() const { return m_object->end(); }
 
 private:
     std::unique_ptr<T> m_object;
@@ -124,7 +128,7 @@ struct MapModel {
         else if constexpr (kTree)
             return {c.IsMember(key), c.FindValue(key) ? *c.FindValue(key) : c.ConstFind(key), K()};
         else if constexpr (requires { c.ConstGetValue(key, value); })
-            return {c.IsMember(key) && c.ConstGetValue(key, value), value, K()};
+            return {c.ConstGetValue(key, value), value, K()};
         else if constexpr (!kLinks)
             return {c.FindValue(key), c.IsMember(key) ? c.ConstGet(key) : V(), K()};
         if constexpr (kLinks) {
@@ -155,6 +159,8 @@ struct MapModel {
             if (!entries.empty()) it.Next(), it.Previous();  // turns on the way
             entries.emplace_back(it.CurrentKey(), &it.CurrentValue());
         }
+        it.Previous();
+        Require(it.IsDone(), "a walk stays at its end");
         return Entries(entries.rbegin(), entries.rend());
     }
     // For walks over a table in the order of a comparison.
@@ -165,14 +171,49 @@ struct MapModel {
         return (x < y) - (x > y);
     }
 
-    static bool Descends([[maybe_unused]] const C& c) {
+    static Entries Forwards(auto&& it) {
+        Entries entries;
+        for (it.First(); !it.IsDone(); it.Next())
+            entries.emplace_back(it.CurrentKey(), &it.CurrentValue());
+        it.Next();
+        Require(it.IsDone(), "a walk stays at its end");
+        return entries;
+    }
+
+    // Whether other ways through the container and lists made of it agree with it.
+    static bool Agrees(const C& c) {
+        const Entries up = Listed(c), down(up.rbegin(), up.rend());
+        const auto listed = [&c](const auto& keys, const auto& values) {
+            auto key = keys.begin();
+            auto value = values.begin();
+            for (const auto& each : c)
+                if (!(*key++ == each.key && *value++ == each.value)) return false;
+            return key == keys.end() && value == values.end();
+        };
         if constexpr (kTable) {
-            const Entries down = Backwards(TableIterator(c, Descending));
-            return Entries(down.rbegin(), down.rend()) == Listed(c);
+            TableIterator it(c, Descending);
+            return Backwards(it) == down && Forwards(it) == down;
+        } else if constexpr (kTree) {
+            using Utils = cow_BtreeUtils<K, V>;
+            return listed(Utils::cow_Keys(c), Utils::cow_Values(c));
+        } else if constexpr (kHash) {
+            auto it = c.find(up.empty() ? K() : c.begin()->first);
+            std::size_t n = 0;
+            for (; !it.IsDone(); it.Next()) ++n;
+            it.Next();
+            return it.IsDone() && n == up.size();
+        } else if constexpr (std::is_same_v<C, cow_Map<K, V>>) {
+            using Utils = cow_MapUtils<K, V>;
+            using Sorted = cow_ConstMapSortedIt<K, V>;
+            Entries unsorted = Forwards(cow_ConstMapIterator<K, V>(c));
+            std::sort(unsorted.begin(), unsorted.end());
+            return unsorted == up && Forwards(Sorted(c)) == up &&
+                   Forwards(Sorted(c, Sorted::DescSortCmp)) == down &&
+                   listed(Utils::cow_Keys(c), Utils::cow_Values(c));
         }
         return true;
     }
-    static bool Descends(const Twin&) { return true; }
+    static bool Agrees(const Twin&) { return true; }
 
     static int Depth(const auto* node) {
         if (!node) return -1;
@@ -225,8 +266,8 @@ struct MapModel {
             else
                 h = H();
         };
-        const auto sort = [](auto& h) { return Descends(Of(h)); };
-        p.OneIn(24) ? run.OneOf(sort, clear) : run.OneOf(put, put, remove, write, read);
+        const auto agree = [](auto& h) { return Agrees(Of(h)); };
+        p.OneIn(24) ? run.OneOf(agree, clear) : run.OneOf(put, put, remove, write, read);
     }
 };
 

@@ -53,6 +53,15 @@ struct Outcome {
     unsigned steps = 0;
 };
 
+// The places of a walk equal themselves, and neither the one before nor the end.
+void RequireWalk(const auto& c) {
+    auto before = c.end();
+    for (auto it = c.begin(); it != c.end(); before = it++) {
+        const auto copy = it;
+        Require(copy == it && it != before, "the places of a walk");
+    }
+}
+
 template <class M>
 class Run {
 public:
@@ -139,7 +148,10 @@ private:
         return {m_sum, steps};
     }
     void CheckAll() const {
-        for (const Pair& each : m_all) Require(M::Same(each.first, each.second), "a value differs");
+        for (const auto& [value, twin] : m_all) {
+            Require(M::Same(value, twin), "a value differs");
+            if constexpr (requires { value.begin(); }) RequireWalk(value);
+        }
     }
 
     template <class Result>

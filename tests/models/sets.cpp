@@ -24,7 +24,12 @@ struct Bits : omi_BlkBitVect {
     bool IsMember(int v) const { return IsSet(static_cast<unsigned>(v)); }
     bool IsEmpty() const { return Size() == 0; }
     void operator+=(const Bits& other) { *this |= other; }
-    bool operator==(const Bits& other) const { return Contains(other) && other.Contains(*this); }
+    bool operator==(const Bits& other) const {
+        const omi_BlkBitVect& base = *this;
+        const bool same = Contains(other) && other.Contains(*this);
+        Require(base == *this && (same || !(base == other)), "equality of shape");
+        return same;
+    }
     std::pair<unsigned, unsigned> Around(unsigned bit) const {
         unsigned up = bit, down = bit;
         omi_BlkBitVectTrav walk(this);

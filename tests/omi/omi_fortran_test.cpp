@@ -24,6 +24,8 @@ TEST(Fortran, NothingIsWrittenWithoutRoomAndNothingIsTheEmptyText) {
     omi_fortranStringEnblank(cut.data(), 2, nullptr);
     EXPECT_EQ(cut, "  #");
     omi_fortranStringListFree(3, nullptr);
+    omi_fortranFileNameConvert(nullptr, 4, "a", 1);
+    omi_fortranStringEnblank(nullptr, 4, "a");
     for (const auto& [n, length] : {std::pair{0, 4}, {-1, 4}, {2, -7}, {2, 4}}) {
         char** const list = omi_fortranStringListConvert(n, nullptr, length);
         EXPECT_TRUE(list && (n < 1 || list[0] + string(list[1]) == ""));

@@ -23,7 +23,7 @@ TEST(Sets, PrintEightMembersALine) {
     const Numbers values = {-1, 0, 1, 2, 3, 4, 5, 6, 7};
     testing::internal::CaptureStdout();
     omi_Set(values.data(), 9).Print("nodes");
-    omi_Set(values.data(), 8).Print("");
+    omi_Set(values.data(), 8).Print(nullptr);
     const std::string line = "      -1       0       1       2       3       4       5       6\n";
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "nodes\n" + line + "       7\n\n" + line);
     Bits stale = {5};

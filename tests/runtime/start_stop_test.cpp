@@ -75,13 +75,16 @@ TEST_F(StartStop, SingletonsAreMadeOnUseAndEndInOneOrder) {
     omi_Singleton<KZMBas_SingletonRegistry>::Instance();
     omi_Singleton<KZMBasUtlIOStats>::Instance();
     omi_Singleton<bcu_ResourceMonitor>::Instance();
-    omi_Singleton<KZMBasUtlVersion>::Instance();
+    const auto& version = omi_Singleton<KZMBasUtlVersion>::Instance();
+    for (const int other : {-1, KZM_VERSION + 1, KZM_VERSION + 1000000})
+        EXPECT_TRUE(version.Serves() && !version.Serves(other));
     rgx_ReCompileCache::Instance().Store(nullptr, &count, nullptr);
     EXPECT_EQ(rgx_ReCompileCache::Instance().Find(""), &count);
+    EXPECT_EQ(rgx_ReCompileCache::Instance().Find("a"), nullptr);
     omi_Singleton<omi_AlertListener>::Instance();
     {
-        const KZMBasFilStracePhase outer("read"), inner("mesh");
-        EXPECT_EQ(KZMBasFilStracePhase::Path(), "read/mesh");
+        const KZMBasFilStracePhase outer("read"), inner("mesh"), nameless(nullptr);
+        EXPECT_EQ(KZMBasFilStracePhase::Path(), "read/mesh/");
     }
     EXPECT_EQ(KZMBasFilStracePhase::Path(), "");
     RegistryRecord record;
