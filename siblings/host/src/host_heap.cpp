@@ -1,5 +1,6 @@
 #include <host/host_take.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -31,9 +32,16 @@ void* Taken(void* block, std::size_t size) {
     return block;
 }
 
+// 0 if the size, of which this is the class where it is small, is the C library's.
+unsigned ClassHere(std::size_t size, unsigned sizeClass) {
+    if (IsSmall(size)) [[likely]]
+        return sizeClass;
+    return small_heap::kInUse ? small_heap::ClassOfLarger(size) : 0;
+}
+
 [[gnu::noinline]] void* TakeUnusually(std::size_t size, unsigned sizeClass) {
     Ask(size);
-    void* block = IsSmall(size) ? small_heap::TakeSlowly(sizeClass) : nullptr;
+    void* block = sizeClass ? small_heap::TakeSlowly(sizeClass) : nullptr;
     if (!block) block = std::malloc(size);
     return Taken(block, size);
 }
@@ -45,7 +53,8 @@ void* Taken(void* block, std::size_t size) {
 }
 
 void* TakeOfClass(std::size_t size, unsigned sizeClass) {
-    if (IsSmall(size)) [[likely]]
+    sizeClass = ClassHere(size, sizeClass);
+    if (sizeClass) [[likely]]
         if (void* const block = small_heap::Take(sizeClass)) [[likely]]
             return block;
     return TakeUnusually(size, sizeClass);
@@ -73,13 +82,14 @@ void* Resize(void* block, std::size_t size) {
     }
     Ask(size);
     if (const std::size_t held = small_heap::SizeOfBlock(block)) {
-        if (size <= held) return block;
-        void* grown = IsSmall(size) ? small_heap::TakeSlowly(AlignedClassOf(size)) : nullptr;
-        if (!grown) grown = std::malloc(size);
-        if (!grown) throw std::bad_alloc();
-        std::memcpy(grown, block, held);
+        if (size <= held && (IsSmall(held) || size > held / 2)) return block;
+        const unsigned sizeClass = ClassHere(size, AlignedClassOf(size));
+        void* moved = sizeClass ? small_heap::TakeSlowly(sizeClass) : nullptr;
+        if (!moved) moved = std::malloc(size);
+        if (!moved) throw std::bad_alloc();
+        std::memcpy(moved, block, std::min(held, size));
         small_heap::GiveBackSlowly(block);
-        return grown;
+        return moved;
     }
     void* const grown = std::realloc(block, size);
     if (!grown) throw std::bad_alloc();

@@ -14,7 +14,7 @@ namespace {
 constexpr std::size_t kRecords = kRegion >> kChunkShift << kRecordShift;
 constexpr std::size_t kFirstChunk = (kRecords + kChunk - 1) >> kChunkShift;
 constexpr std::size_t kMostIdle = (sizeof(void*) == 8 ? 64U << 20 : 8U << 20) / kChunk;
-constexpr unsigned kPage = 4096;  // of blocks never used a list gets at most so much at once
+constexpr unsigned kPage = 4096;  // of blocks never used a list gets so much at once, or one
 
 // Everything here is under the lock, and so are the central cache's chunks.
 constinit ThreadCache g_central{};
@@ -175,7 +175,8 @@ bool Refill(ThreadCache& cache, unsigned sizeClass) {
         chunk->m_out = chunk->m_begun;
     } else {
         const unsigned size = SizeOf(sizeClass);
-        const unsigned count = std::min<unsigned>(chunk->m_capacity - chunk->m_begun, kPage / size);
+        const unsigned atOnce = std::max(kPage / size, 1U);
+        const unsigned count = std::min<unsigned>(chunk->m_capacity - chunk->m_begun, atOnce);
         stock.m_list = Chained(BeginBlocks(*chunk, count), count, size);
     }
     return true;

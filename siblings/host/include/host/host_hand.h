@@ -15,7 +15,11 @@ struct ThreadCache;
 namespace host_heap {
 
 inline constexpr std::size_t kLargestSmall = 512;
-inline constexpr unsigned kSmallClasses = 33;  // from number 1 on
+
+// From number 1 on. After those of ClassOf come 1 KiB and, where addresses are not scarce, 2, 4 and
+// 8 KiB: the blocks that tables and bit vectors are made of. Only requests for just as much get
+// them, in the library.
+inline constexpr unsigned kSmallClasses = sizeof(void*) == 8 ? 37 : 34;
 
 // Steps of 4 bytes up to 32, of 8 up to 128, of 32 beyond.
 constexpr unsigned ClassOf(std::size_t size) {

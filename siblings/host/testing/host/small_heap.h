@@ -8,11 +8,12 @@
 #include <cstring>
 #include <utility>
 
-// Blocks of up to 512 bytes without a header each. They lie in one reserved stretch of addresses,
-// so that a subtraction tells them from all other blocks. A chunk of 64 KiB holds blocks of one
-// size and belongs to the thread that takes blocks from it; its record lies at the start of the
-// stretch. A chunk all of whose blocks are free begins anew in the order of addresses, for any
-// size, or goes back to the system. Free blocks are chained through their first four bytes.
+// Blocks of up to 512 bytes, and of a few larger sizes, without a header each. They lie in one
+// reserved stretch of addresses, so that a subtraction tells them from all other blocks. A chunk of
+// 64 KiB holds blocks of one size and belongs to the thread that takes blocks from it; its record
+// lies at the start of the stretch. A chunk all of whose blocks are free begins anew in the order
+// of addresses, for any size, or goes back to the system. Free blocks are chained through their
+// first four bytes.
 //
 // Without the lock a thread touches only its own hand and cache and the chunks that it owns. What
 // belongs to nobody, between threads and while the heap is stopped, is owned by a central cache
@@ -30,6 +31,7 @@ using host_heap::ClassAt;
 using host_heap::ClassOf;
 using host_heap::Hand;
 inline constexpr std::size_t kLargest = host_heap::kLargestSmall;
+inline constexpr unsigned kLargestClass = ClassOf(kLargest);
 inline constexpr unsigned kClasses = host_heap::kSmallClasses;
 inline constexpr unsigned kUnit = 4;  // places count in these
 inline constexpr unsigned kChunkShift = 16;
@@ -42,10 +44,19 @@ inline constexpr auto kRegion =
 constexpr unsigned SizeOf(unsigned sizeClass) {
     return sizeClass <= 8    ? sizeClass * 4
            : sizeClass <= 20 ? sizeClass * 8 - 32
-                             : sizeClass * 32 - 512;
+           : sizeClass <= kLargestClass
+               ? sizeClass * 32 - 512
+               : static_cast<unsigned>(kLargest) << (sizeClass - kLargestClass);
 }
 static_assert(ClassOf(128) == 20 && SizeOf(20) == 128 && ClassOf(129) == 21 && SizeOf(21) == 160);
-static_assert(ClassOf(kLargest) == kClasses - 1 && SizeOf(kClasses - 1) == kLargest);
+static_assert(SizeOf(kLargestClass) == kLargest && SizeOf(kLargestClass + 1) == 2 * kLargest);
+
+// 0 if there are no blocks of just that size.
+constexpr unsigned ClassOfLarger(std::size_t size) {
+    for (unsigned i = kLargestClass + 1; i < kClasses; ++i)
+        if (SizeOf(i) == size) return i;
+    return 0;
+}
 
 // Units from the start of the region, where the records lie; so 0 stands for none.
 using Place = std::uint32_t;
