@@ -15,6 +15,7 @@ import gdb.printing
 import gdb.types
 
 NOT_READABLE = "<not readable>"
+INCOMPLETE = "<incomplete type: compile with -femit-class-debug-always>"
 NOT_VALID = "<not valid: uninitialised or destroyed>"
 COUNT_LIMIT = 1000  # where the contents must be walked to be counted
 INT_MAX = 2**31 - 1
@@ -322,8 +323,10 @@ class View:
     def to_string(self):
         try:
             return self.text()
-        except gdb.error:
+        except gdb.MemoryError:
             return NOT_READABLE
+        except gdb.error:
+            return INCOMPLETE  # fields or template arguments that the program does not describe
         except Invalid:
             return NOT_VALID
 
@@ -344,8 +347,10 @@ class View:
                     number += 2
                 else:
                     yield key, item
-        except gdb.error:
+        except gdb.MemoryError:
             complaint = NOT_READABLE
+        except gdb.error:
+            complaint = INCOMPLETE
         except Invalid:
             complaint = NOT_VALID
         if complaint:
@@ -366,7 +371,7 @@ class String(View):
         return data.lazy_string(length=length) if length else ""
 
     def display_hint(self):
-        return None if self.to_string() in (NOT_READABLE, NOT_VALID) else "string"
+        return None if self.to_string() in (NOT_READABLE, INCOMPLETE, NOT_VALID) else "string"
 
 
 class List(View):

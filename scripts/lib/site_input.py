@@ -14,7 +14,7 @@ from doxygen_filter import classes
 from page_examples import blocks
 
 # Pages that name everything come last where an example is looked for.
-OVERVIEWS = ["getting-started", "from-std", "which-container"]
+OVERVIEWS = ["getting-started", "from-std", "which-container", "interoperation"]
 # Parts that clients meet through another class, and names that one example shows for several.
 SHOWN_BY = {
     "HashCursor": "HashTable", "HashTableEntry": "HashTable", "iterState": "HashIterator",
@@ -24,10 +24,11 @@ SHOWN_BY = {
     "KZMBasUtlExcModelSingleton": "KZMBasUtlExceptionModel",
     "SingletonDestructCondition": "KZMBas_SingletonRegistry",
     "atr_FormatArg": "atr_format", "atr_StringBase": "cow_String", "atr_StringRecord": "cow_String",
-    "cow_2DArrayRep": "cow_2DArray", "cow_BtreeNode": "cow_Btree", "cow_BtreeOrder": "cow_Btree",
+    "cow_2DArrayRep": "cow_2DArray", "cow_BtreeNode": "cow_Btree",
     "cow_BtreeWalk": "cow_Btree", "cow_Counter": "cow_CountedHld",
     "cow_FixedArrayRep": "cow_FixedArray", "cow_KeyValue": "cow_Map", "cow_ListBlock": "cow_List",
-    "cow_ListConstIterator": "cow_List", "cow_ListRuns": "cow_WritableRuns", "cow_MapNode": "cow_Map", "cow_MapWalk": "cow_Map",
+    "cow_ListConstIterator": "cow_List", "cow_ListRuns": "cow_WritableRuns",
+    "cow_MapNode": "cow_Map", "cow_MapWalk": "cow_Map",
     "mem_AllocationOperatorsTiny": "mem_AllocationOperators",
     "mem_AllocatorResource": "mem_PolicyResource", "mem_PoolResource": "mem_PolicyResource",
     "mem_SourceResource": "mem_PolicyResource",
@@ -38,7 +39,7 @@ SHOWN_BY = {
     "omi_StdIterator": "omi_IntTable", "omi_UintTableBlock": "omi_UintTable",
 }
 # Behind private bases and in the middle of headers: not on the site; see docs/site/Doxyfile.
-EXCLUDED = {"KZMBasTreeLinks", "KZMBasVectorStorage"}
+EXCLUDED = {"KZMBasTreeLinks", "KZMBasVectorStorage", "cow_BtreeOrder", "cow_MapBits"}
 
 
 def example(name, pages):

@@ -1,0 +1,24 @@
+# How a script answers questions about itself; source this file and call one of these first.
+# shellcheck shell=bash
+
+describe() { sed -n '2,/^[^#]/s/^# \{0,1\}//p' "$0"; }
+
+# help_for "$@": where --help is among the arguments, prints what stands at the script's top and ends.
+help_for() {
+    case " $* " in
+    *' --help '* | *' -h '*) describe; exit 0 ;;
+    esac
+}
+
+# bad_argument ARGUMENT: refuses it, and prints the same.
+bad_argument() {
+    echo "error: unknown argument '$1'" >&2
+    describe >&2
+    exit 2
+}
+
+# takes_nothing "$@": for a script without arguments.
+takes_nothing() {
+    help_for "$@"
+    [ $# -eq 0 ] || bad_argument "$1"
+}
