@@ -110,11 +110,14 @@ public:
         do {
             ++count;
             ++m_next;
-        } while (m_next != m_end && Offset(first) == count && Cell() == values + count);
+        } while (m_next != m_end && Offset(first) == count && Cell() == values + count &&
+                 !BeginsGroup());
         return {first, {values, count}};
     }
 
 private:
+    // Groups of cells may lie side by side by chance, which must not show.
+    bool BeginsGroup() const { return static_cast<unsigned>((*m_next).first) % 1024 == 0; }
     // Iterators are for reading; whether the table may be written is said by V.
     V* Cell() const { return const_cast<V*>(&(*m_next).second); }
     unsigned Offset(Key first) const {
@@ -137,9 +140,9 @@ omi_Runs<omi_BlockSource<T, T>> omi_WritableRuns(omi_BlockedArray<T>& array) {
 }
 
 // The members of a table, keys ascending: successive keys whose values lie side by side form a run,
-// of 1024 at most unless the table was made with other block sizes. A negative key is a run of its
-// own, as values lie by magnitude. A walk costs what begin() to end() cost; a run is a good unit
-// where keys are mostly dense, such as node numbers.
+// which ends before each multiple of 1024, or earlier where the table was made with smaller groups
+// of cells. A negative key is a run of its own, as values lie by magnitude. A walk costs what
+// begin() to end() cost; a run is a good unit where keys are mostly dense, such as node numbers.
 //
 //     for (const auto& [first, values] : omi_WritableRuns(temperatures)) Scale(values, 0.5);
 template <class V, class A>
