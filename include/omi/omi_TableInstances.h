@@ -30,22 +30,21 @@ class KZMBasSrmAllocator;
     X(V, KZMBasSrmAllocator<60>) \
     X(V, KZMBasSrmAllocator<61>)
 
-// In four groups, which are compiled side by side.
-#define OMI_TABLE_INSTANCES_1(X)         \
-    X(int, KZMBasOmiDefaultAllocator)    \
-    X(int, KZMBasMemSmallBlockAllocator) \
-    OMI_POOLS_0_TO_29(X, int)
-#define OMI_TABLE_INSTANCES_2(X) OMI_POOLS_30_TO_61(X, int) X(int, KZMBasSrmAllocator<62>)
-#define OMI_TABLE_INSTANCES_3(X)         \
-    X(double, KZMBasOmiDefaultAllocator) \
-    OMI_POOLS_0_TO_29(X, double)
-#define OMI_TABLE_INSTANCES_4(X)               \
-    OMI_POOLS_30_TO_61(X, double)              \
+// In groups, which are compiled side by side. The pools' ones hold the same code for each number.
+#define OMI_TABLE_INSTANCES_1(X)               \
+    X(int, KZMBasOmiDefaultAllocator)          \
+    X(int, KZMBasMemSmallBlockAllocator)       \
+    X(double, KZMBasOmiDefaultAllocator)       \
     X(unsigned int, KZMBasOmiDefaultAllocator) \
     X(void*, KZMBasOmiDefaultAllocator)        \
     X(cow_String, KZMBasOmiDefaultAllocator)
+#define OMI_TABLE_INSTANCES_2(X) OMI_POOLS_0_TO_29(X, int)
+#define OMI_TABLE_INSTANCES_3(X) OMI_POOLS_30_TO_61(X, int) X(int, KZMBasSrmAllocator<62>)
+#define OMI_TABLE_INSTANCES_4(X) OMI_POOLS_0_TO_29(X, double)
+#define OMI_TABLE_INSTANCES_5(X) OMI_POOLS_30_TO_61(X, double)
 #define OMI_TABLE_INSTANCES(X) \
     OMI_TABLE_INSTANCES_1(X)   \
     OMI_TABLE_INSTANCES_2(X)   \
     OMI_TABLE_INSTANCES_3(X)   \
-    OMI_TABLE_INSTANCES_4(X)
+    OMI_TABLE_INSTANCES_4(X)   \
+    OMI_TABLE_INSTANCES_5(X)

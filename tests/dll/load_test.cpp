@@ -12,7 +12,7 @@ namespace {
 constexpr char kName[] = "KVL_IGNORE_FPE";
 
 TEST(Loader, EachLoadStartsAndEachUnloadStopsWithoutLeaks) {
-    for (int round = 0; round < 1000; ++round) {
+    for (int round = 0; round < KZM_LOADS; ++round) {
         SCOPED_TRACE(round);
         module::SetVariable(kName, "1");
         host_heap::Watch();
