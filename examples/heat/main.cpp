@@ -153,6 +153,7 @@ int RunCommandLine(int argc, char** argv, Ranks& ranks) {
 
 int main(int argc, char** argv) {
     std::signal(SIGPIPE, SIG_IGN);  // a reader that goes away does not stop the job
+    std::signal(SIGHUP, SIG_IGN);   // nor does a terminal that is closed
     std::signal(SIGXFSZ, SIG_IGN);  // a limit on files is an error of writing
     try {
         const heat::LibrarySession session;

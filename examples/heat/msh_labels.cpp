@@ -62,17 +62,23 @@ private:
         Number<std::int32_t>();  // the entity
         const bool isParametric = Number<std::int32_t>() != 0;
         const std::int64_t count = Number<std::uint64_t>();
+        CheckFile();
         for (std::int64_t i = 0; i < count; ++i) CheckLabel(Number<std::uint64_t>());
         SkipReals(count * (isParametric ? 3 + dimension : 3));
     }
 
-    void CheckLabel(std::int64_t label) {
+    // What was read last may be cut, also where it stands at the end of the file.
+    void CheckFile() const {
         if (m_file.bad()) {
             OnFile("cannot read", m_path, [] {
                 KZMBasUtlReadError(KZMBasSystemError::Last()).Throw("msh_labels.cpp", __LINE__);
             });
         }
-        if (!m_file.good()) Fail("ends in the middle of its nodes");  // maybe within this label
+        if (!m_file.good()) Fail("ends in the middle of its nodes");
+    }
+
+    void CheckLabel(std::int64_t label) {
+        CheckFile();
         if (label < 1 || label > INT_MAX) {
             throw HeatError(Text("'", m_path, "' has a node labelled ", Digits(label),
                                  "; labels run from 1 to 2147483647"));

@@ -27,7 +27,7 @@ const char kUsage[] =
     "                      appends the environment of this process to FILE\n"
     "\n"
     "Ctrl-C or SIGTERM stops the iteration: the best solution so far is written, marked as not\n"
-    "converged. SIGUSR1 prints how far the job is.\n"
+    "converged. SIGUSR1 prints how far the job is. A terminal that is closed does not stop it.\n"
     "\n"
     "mpiexec -n N heat ... shares the work among N processes: temperature.pvtu joins their\n"
     "temperature_*.vtu.\n";

@@ -215,7 +215,8 @@ TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
         {"cut.step", "ISO-10303-21;\nHEADER;\n", "cannot be read"},
         {"text.msh", "SystemCall \"touch here\";\n", "not an MSH file"},
         {"empty.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n0\n$EndNodes\n", "no surface"},
-        {"cut.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n9\n1 0 0 0\n1",
+        {"cut.msh", "$MeshFormat\n2.2 0 8\n$EndMeshFormat\n$Nodes\n9\n1 0 0 0\n1", "in the middle"},
+        {"huge.msh", "$MeshFormat\n4.1 0 8\n$EndMeshFormat\n$Nodes\n999999999999 5 1 5\n",
          "in the middle"}};
     for (const auto& [name, text, message] : files) {
         std::ofstream(File(name)) << text;
@@ -247,7 +248,8 @@ TEST_F(HeatTest, BadInputIsOneLineAndLeavesNothing) {
     expectRefusal("", "no part");
 }
 
-// It is asked for its progress until it tells how far the iteration is, and then stopped.
+// Its terminal is closed, then it is asked for its progress until it tells how far the iteration
+// is, and then stopped.
 TEST_F(HeatTest, SignalsAskForProgressAndStopTheIterationWithItsBestSolution) {
     WriteBoxMesh(File("bar.msh"), false, kFromOne, 3000);
     const auto sendUntil = [&](const char* signal, const char* printed) {
@@ -258,9 +260,9 @@ TEST_F(HeatTest, SignalsAskForProgressAndStopTheIterationWithItsBestSolution) {
         {"INT", 130, 1}, {"TERM", 143, 1}, {"TERM", 143, 2}};
     for (const auto& [stop, code, ranks] : stops) {
         SCOPED_TRACE(stop);
-        const std::string after = " &" + sendUntil("0", "^solving$") +
-                                  sendUntil("USR1", "^solving: .* %, .* s$") + " kill -" + stop +
-                                  " $!; wait $!";
+        const std::string after =
+            " &" + sendUntil("0", "^reading$") + sendUntil(ranks == 1 ? "HUP" : "0", "^solving$") +
+            sendUntil("USR1", "^solving: .* %, .* s$") + " kill -" + stop + " $!; wait $!";
         const int exitCode = Run(File("bar.msh") + " --report", OnRanks(ranks), after);
         if (ranks == 1) {  // a launcher that is stopped as well may say 0
             EXPECT_EQ(exitCode, code);
