@@ -22,3 +22,17 @@ takes_nothing() {
     help_for "$@"
     [ $# -eq 0 ] || bad_argument "$1"
 }
+
+# ctest_options "$@": refuses what ctest does not know; by itself it would ignore that.
+ctest_options() {
+    local argument previous='' known
+    known=" $(ctest --help | tr '\n,=' '   ') "
+    for argument; do
+        if [[ $argument = -* ]]; then
+            [[ $known = *" ${argument%%=*} "* || $argument =~ ^-j[0-9]+$ ]] || bad_argument "$argument"
+        elif [[ $previous != -* ]]; then
+            bad_argument "$argument"
+        fi
+        previous=$argument
+    done
+}
