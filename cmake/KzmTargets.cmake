@@ -16,7 +16,8 @@ function(kzm_compile_defaults target)
   endif()
   if(KZM_SANITIZE)
     # Instrumented code makes this warning see paths that do not exist.
-    target_compile_options(${target} PRIVATE -Wno-maybe-uninitialized
+    target_compile_options(${target} PRIVATE
+      $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
       -fsanitize=${KZM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
     target_link_options(${target} PRIVATE -fsanitize=${KZM_SANITIZE})
   endif()

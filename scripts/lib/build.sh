@@ -4,6 +4,7 @@
 build_packages=(cmake ninja-build g++ ccache python3)
 test_packages=(libgtest-dev gfortran mpich gdb libeigen3-dev abigail-tools dpkg-dev file pkg-config)
 example_packages=(libgmsh-dev libeigen3-dev libcairo2-dev libmetis-dev libmpich-dev pkg-config)
+fuzz_packages=(clang-14 libclang-rt-14-dev)
 peer_packages=(libabsl-dev qtbase5-dev robin-map-dev libjudy-dev libroaring-dev libboost-dev)
 
 # The test programs that are enough to run all code of the libraries.

@@ -7,7 +7,8 @@
 
 namespace {
 constinit decltype(models::Model::run) g_run = nullptr;
-}
+constinit unsigned long long g_edits = 0;
+}  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
     const std::string asked = *argc > 1 ? (*argv)[1] : "";
@@ -15,15 +16,17 @@ extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
         if (asked == "--list") std::puts(model.name);
         if (asked == std::string("--model=") + model.name) g_run = model.run;
     }
-    if (g_run) return 0;
-    std::exit(asked == "--list" ? 0 : 2);
+    if (!g_run) std::exit(asked == "--list" ? 0 : 2);
+    std::atexit([] { std::fprintf(stderr, "edits: %llu\n", g_edits); });
+    return 0;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, std::size_t size) {
     if (size == 0) return 0;
     try {
         const std::vector<unsigned char> program(data + 1, data + size);
-        g_run(models::Program(program, *data & 4 ? ~0u : 0xffff), *data % 4 == 0);
+        const models::Program edits(program, *data & 4 ? ~0u : 0xffff);
+        g_edits += g_run(edits, *data % 4 == 0).steps;
     } catch (const models::Difference& difference) {
         std::fprintf(stderr, "%s\n", difference.what());
         std::abort();

@@ -9,9 +9,10 @@
 #include <cow/cow_MapUtils.impl.h>
 #include <generics/KZMBasTree.h>
 #include <models/model.h>
-#include <omi/HashTable.h>
-#include <omi/omi_IntTableIterator.h>
-#include <omi/omi_UintTableIterator.h>
+#include <omi/HashTable.impl.h>
+#include <omi/omi_BlockedArray.impl.h>
+#include <omi/omi_IntMultiMap.impl.h>
+#include <omi/omi_IntTableIterator.impl.h>
 
 #include <algorithm>
 #include <map>
@@ -183,10 +184,10 @@ struct MapModel {
     // Whether other ways through the container and lists made of it agree with it.
     static bool Agrees(const C& c) {
         const Entries up = Listed(c), down(up.rbegin(), up.rend());
-        const auto listed = [&c](const auto& keys, const auto& values) {
+        const auto listed = [](const auto& entries, const auto& keys, const auto& values) {
             auto key = keys.begin();
             auto value = values.begin();
-            for (const auto& each : c)
+            for (const auto& each : entries)
                 if (!(*key++ == each.key && *value++ == each.value)) return false;
             return key == keys.end() && value == values.end();
         };
@@ -195,7 +196,7 @@ struct MapModel {
             return Backwards(it) == down && Forwards(it) == down;
         } else if constexpr (kTree) {
             using Utils = cow_BtreeUtils<K, V>;
-            return listed(Utils::cow_Keys(c), Utils::cow_Values(c));
+            return listed(c, Utils::cow_Keys(c), Utils::cow_Values(c));
         } else if constexpr (kHash) {
             auto it = c.find(up.empty() ? K() : c.begin()->first);
             std::size_t n = 0;
@@ -209,7 +210,7 @@ struct MapModel {
             std::sort(unsorted.begin(), unsorted.end());
             return unsorted == up && Forwards(Sorted(c)) == up &&
                    Forwards(Sorted(c, Sorted::DescSortCmp)) == down &&
-                   listed(Utils::cow_Keys(c), Utils::cow_Values(c));
+                   listed(c, Utils::cow_Keys(c), Utils::cow_Values(c));
         }
         return true;
     }

@@ -47,10 +47,12 @@ void Mix(std::uint64_t& sum, const T& part) {
         sum = (std::rotl(sum, 23) ^ static_cast<std::uint64_t>(part)) * 0x9E3779B97F4A7C15u;
 }
 
-// The checksum of all results and of what the values are at the end, and how many edits were drawn.
+// The checksum of all results and of what the values are at the end, how many edits were drawn, and
+// how many allocations were refused.
 struct Outcome {
     std::uint64_t sum = 0;
     unsigned steps = 0;
+    int refused = 0;
 };
 
 // The places of a walk equal themselves, and neither the one before nor the end.
@@ -145,12 +147,12 @@ private:
         }
         CheckAll();
         for (const Pair& each : m_all) Mix(m_sum, each.second);
-        return {m_sum, steps};
+        return {m_sum, steps, m_refused};
     }
     void CheckAll() const {
-        for (const auto& [value, twin] : m_all) {
-            Require(M::Same(value, twin), "a value differs");
-            if constexpr (requires { value.begin(); }) RequireWalk(value);
+        for (const Pair& each : m_all) {
+            Require(M::Same(each.first, each.second), "a value differs");
+            if constexpr (requires { each.first.begin(); }) RequireWalk(each.first);
         }
     }
 
@@ -168,6 +170,7 @@ private:
                 host_heap::g_probe.untilFailure = 0;
             }
             Require(m_refuse, "out of memory");
+            ++m_refused;
             if (M::Same(value, m_edited->second)) continue;
             if constexpr (requires { M::ReadBack(value); }) after = M::ReadBack(value);
             return Require(M::Same(value, after), "a refusal left neither before nor after");
@@ -176,6 +179,7 @@ private:
 
     const bool m_refuse;
     std::uint64_t m_sum = 0x243F6A8885A308D3u;
+    int m_refused = 0;
     std::array<Pair, 3> m_all{New(0), New(1), New(2)};
     Pair* m_edited = nullptr;
     const Pair* m_other = nullptr;

@@ -30,7 +30,9 @@ TEST_P(Models, EndInTheSameBitsEverywhere) {
     EXPECT_EQ(Run(1, 20000, false).sum ^ Run(2, 20000, false).sum, GetParam().sum);
 }
 
-TEST_P(Models, AreAsBeforeOrAfterWhenMemoryIsRefused) { Run(3, 8000, true); }
+TEST_P(Models, AreAsBeforeOrAfterWhenMemoryIsRefused) {
+    RecordProperty("refused", Run(3, 8000, true).refused);
+}
 
 INSTANTIATE_TEST_SUITE_P(All, Models, testing::ValuesIn(All()),
                          [](const auto& each) { return std::string(each.param.name); });
