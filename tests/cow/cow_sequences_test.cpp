@@ -5,9 +5,9 @@
 #include <cow/cow_List.impl.h>
 #include <cow/cow_ListIter.h>
 #include <cow/cow_String.h>
-#include <gtest/gtest.h>
 #include <support/allocations.h>
 #include <support/expect_abort.h>
+#include <support/memory_failure.h>
 
 #include <algorithm>
 #include <climits>
@@ -86,7 +86,7 @@ TEST(String, MapBitsAlternateBetweenFrontAndBack) {
             EXPECT_EQ(cow_MapBit(cow_String(key), i), bits[i] == '1') << key << " bit " << i;
 }
 
-TEST(String, EditsTakeAnyCountAndNumbersReadBack) {
+TEST_WITH_REFUSALS(String, EditsTakeAnyCountAndNumbersReadBack) {
     const std::pair<cow_String, const char*> cases[] = {
         {cow_String("hello").Substr(1, INT_MAX), "ello"},
         {cow_String("hello").Erase(1, INT_MAX), "h"},
@@ -111,10 +111,14 @@ List Counting(int appended, int prepended = 0) {
 }
 List Sized(int n) { return List(cow_ListConstruct(), n); }
 
-TEST(List, ConstructorsHoldTheirArgumentsInOrder) {
+TEST_WITH_REFUSALS(List, ConstructorsHoldTheirArgumentsInOrder) {
     EXPECT_TRUE(List(5) == List{5} && List(3, 4) == (List{3, 4}));
     EXPECT_EQ(cow_List<cow_String>("a", "b").ConstGet(1), "b");  // not a pair of iterators
     EXPECT_EQ((cow_List<List>{{1, 2}, {3}}).ConstGet(0), List(1, 2));
+    int n = 0;
+    int* const elements = List(5, 6, 7).GetCArray(n);
+    EXPECT_EQ(elements[2] + n, 10);
+    List::ReleaseCArray(elements, n);
 }
 
 TEST(List, TableTakesTheRequiredShapes) {
@@ -214,7 +218,7 @@ TEST(List, PositionsBeyondIntAreExhaustion) {
 
 using Numbers = cow_FixedArray<double>;
 
-TEST(Sequences, EqualityIsThatOfTheElements) {
+TEST_WITH_REFUSALS(Sequences, EqualityIsThatOfTheElements) {
     const Numbers nan(1, std::nan(""));
     EXPECT_TRUE(!(nan == nan) && nan != Numbers(nan));
     cow_List<double> list;
@@ -229,7 +233,7 @@ TEST(Array2D, NoElementsNeedNoStorageAndTooManyAreExhaustion) {
     EXPECT_THROW(cow_2DArray<double>(INT_MAX, INT_MAX, 0.0), std::bad_alloc);
 }
 
-TEST(ArrayReps, AssignmentCopiesDeepAndSurvivesSelf) {
+TEST_WITH_REFUSALS(ArrayReps, AssignmentCopiesDeepAndSurvivesSelf) {
     cow_FixedArrayRep<cow_String> a(2), b(5);
     a.Data()[1] = "b";
     b = a;

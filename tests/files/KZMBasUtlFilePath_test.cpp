@@ -3,6 +3,8 @@
 #include <files/KZMBasUtlFilePathCae.h>
 #include <files/KZMBasUtlUrlParser.h>
 #include <files/working_directory.h>
+#include <support/memory_failure.h>
+#include <support/refused_new.h>
 #include <unistd.h>
 
 #include <array>
@@ -169,7 +171,7 @@ TEST_F(FilePath, QueriesAskTheSystem) {
     EXPECT_TRUE(std::ifstream(name.CStr()).good());
 }
 
-TEST(DirPathUtils, SeparatorsAtTheEnd) {
+TEST_WITH_REFUSALS(DirPathUtils, SeparatorsAtTheEnd) {
     for (const char* row :
          {"C:\\|C:|C:\\", "\\||\\", "a\\\\|a\\|a\\\\", "a/|a/|a/\\", "||\\", "a|a|a\\"}) {
         const auto [text, trimmed, added] = Fields<3>(row);

@@ -1,12 +1,12 @@
 #include <cow/cow_IntMultiMapInt.h>
 #include <cow/cow_IntTableInt.h>
-#include <gtest/gtest.h>
 #include <omi/HashTable.h>
 #include <omi/omi_GeneratedSet.h>
 #include <omi/omi_IntTableIterator.h>
 #include <omi/omi_Set.h>
 #include <omi/omi_SparseSet.h>
 #include <support/expect_abort.h>
+#include <support/memory_failure.h>
 
 #include <climits>
 #include <ranges>
@@ -61,7 +61,7 @@ TEST(BlockedArray, DumpShowsBytesWidenedWithTheirSign) {
               "01020304|00000000|00000000|00000000|00000000|00000000|00000000|00000000\n\n");
 }
 
-TEST(UintTable, LayoutsStartAsTheirConstructorsSayAndKeepNoEmptyBlock) {
+TEST_WITH_REFUSALS(UintTable, LayoutsStartAsTheirConstructorsSayAndKeepNoEmptyBlock) {
     struct {
         Uint table;
         unsigned slots, key, slotsForKey;
@@ -142,7 +142,7 @@ TEST(IntMultiMap, ChunksHold256LinksAndAreCompactedBelowAThird) {
     }
 }
 
-TEST(HashTable, NewEntriesComeFirstAndPlacesCountFromOne) {
+TEST_WITH_REFUSALS(HashTable, NewEntriesComeFirstAndPlacesCountFromOne) {
     Hash table(1);
     table.Insert(5, nullptr);
     EXPECT_EQ(table[6], nullptr);
@@ -154,7 +154,7 @@ TEST(HashTable, NewEntriesComeFirstAndPlacesCountFromOne) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "       0          5 0x20\n");
 }
 
-TEST(Iteration, KeyedContainersAreMadeFromEachOtherAndServeAlgorithms) {
+TEST_WITH_REFUSALS(Iteration, KeyedContainersAreMadeFromEachOtherAndServeAlgorithms) {
     const Pairs pairs = {{-4, 1}, {0, 2}, {9, 3}};
     const cow_IntTableInt table(pairs.begin(), pairs.end());
     const Map map(table.begin(), table.end());
@@ -166,7 +166,7 @@ TEST(Iteration, KeyedContainersAreMadeFromEachOtherAndServeAlgorithms) {
     EXPECT_EQ(rest, (Pairs{{-4, 1}, {0, 2}}));
 }
 
-TEST(Iteration, AnIteratorOverNothingIsAlwaysDone) {
+TEST_WITH_REFUSALS(Iteration, AnIteratorOverNothingIsAlwaysDone) {
     omi_IntMultiMapIterator<int, Policy> it;
     it.First(), it.Next();
     EXPECT_TRUE(it.IsDone() && ++cow_IntTableInt::const_iterator() == cow_IntTableInt().end());

@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 #include <omi/omi_GeneratedSet.h>
 #include <omi/omi_Set.h>
 #include <omi/omi_SparseSet.h>
@@ -94,14 +93,17 @@ TEST(SparseSet, GrowsByMultiplesOf1024) {
     EXPECT_THROW(set.ReserveAdditional(INT_MAX), std::bad_alloc);
 }
 
-TEST(SparseSet, TakesAndDropsTheMembersOfABitVector) {
+TEST_WITH_REFUSALS(SparseSet, TakesAndDropsTheMembersOfABitVector) {
     const Bits bits = {2, 9, 0x7fffffffu, 0x80000000u};
     omi_SparseSet set;
     for (const int v : {9, 4, -2}) set.Insert(v);
     set.Insert(bits);
     EXPECT_EQ(Numbers(set.begin(), set.end()), (Numbers{-2, 2, 4, 9, INT_MAX}));
     set.Remove(bits);
-    EXPECT_EQ(Numbers(set.begin(), set.end()), (Numbers{-2, 4}));
+    set.Reserve(2000);
+    KZMBasVector<int> members;
+    set.Members(members);
+    EXPECT_EQ(Numbers(members.begin(), members.end()), (Numbers{-2, 4}));
 }
 
 TEST(GeneratedSet, TrimClipsAndReturnsWhatItCutsOff) {

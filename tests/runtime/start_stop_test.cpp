@@ -1,4 +1,5 @@
 #include <alloc/KZMBasAlloc.h>
+#include <alloc/KZMBasMemPoolCow.h>
 #include <alloc/omi_SingletonRegistry.h>
 #include <coreutils/KZMBasCoreUtils.h>
 #include <errors/KZMBasUtils.h>
@@ -8,6 +9,7 @@
 #include <generics/KZMBasGenericsLib.h>
 #include <platform/platform.h>
 #include <process/KZMBasCallstack.h>
+#include <process/KZMBasOmniProcessInfo.h>
 #include <process/bcu_ResourceMonitor.h>
 #include <process/omi_AlertListener.h>
 #include <process/omn_FPESetting.h>
@@ -106,7 +108,12 @@ TEST_F(StartStop, CyclesLeaveNoBlockBehindAndAStartWithoutMemoryTheLibraryStoppe
         KZMBasShared_initialize(program.count);
         omi_Singleton<KZMBas_SingletonRegistry>::Instance().Tag(-3, nullptr);
         rgx_ReCompileCache::Instance().Store("a+", nullptr, [](void*) {});
-        KZMBasFilStracePhase("cycle");
+        omi_Singleton<KZMBasUtlIOStats>::Instance();
+        omi_Singleton<bcu_ResourceMonitor>::Instance();
+        omi_Singleton<KZMBasMemPoolCow>::Instance();
+        const KZMBasFilStracePhase outer("a name that needs memory of its own"), inner("cycle");
+        KZMBasOmniProcessInfo::Initialize();
+        KZMBasOmniProcessInfo::SaveEnvironment("Z:\\no such directory\\file");
     };
     ForEveryAllocationFailure(
         [] { return Program(); }, work,

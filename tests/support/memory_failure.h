@@ -4,14 +4,15 @@
 
 #include <new>
 
-// Repeats `operation` with the 1st, 2nd, ... allocation refused until it succeeds. `prepare` makes
-// a fresh subject, `operation` works on it, `check` sees it after each refusal (it must be valid).
-// Fails if any block is left once the subject is gone.
+// Repeats `operation` with the 1st, 2nd, ... allocation refused until it asks for no more.
+// `prepare` makes a fresh subject, `operation` works on it and lets std::bad_alloc pass or goes
+// without, and `check` sees it afterwards (it must be valid). Fails if a block is left once the
+// subject is gone.
 template <class Prepare, class Operation, class Check>
 void ForEveryAllocationFailure(Prepare prepare, Operation operation, Check check) {
     for (long failAt = 1; failAt < 100000; ++failAt) {
         SCOPED_TRACE(failAt);
-        bool succeeded = false;
+        bool succeeded = false, refused = false;
         host_heap::Watch();
         {
             auto subject = prepare();
@@ -21,13 +22,23 @@ void ForEveryAllocationFailure(Prepare prepare, Operation operation, Check check
                 succeeded = true;
             } catch (const std::bad_alloc&) {
             }
-            host_heap::g_probe.untilFailure = 0;
+            refused = host_heap::g_probe.untilFailure.exchange(0) == 0;
             check(subject, succeeded);
         }
         const long left = host_heap::g_probe.live;
         host_heap::Unwatch();
         ASSERT_EQ(left, 0) << "blocks leaked";
-        if (succeeded) return;
+        if (succeeded && !refused)
+            return testing::Test::RecordProperty("refused", static_cast<int>(failAt) - 1);
     }
     FAIL() << "the operation never succeeded";
 }
+
+// A test whose body is repeated like that; what it makes for the process is there from the start.
+#define TEST_WITH_REFUSALS(suite, name)                                                            \
+    void suite##name();                                                                            \
+    TEST(suite, name) {                                                                            \
+        suite##name();                                                                             \
+        ForEveryAllocationFailure([] { return 0; }, [](int) { suite##name(); }, [](int, bool) {}); \
+    }                                                                                              \
+    void suite##name()

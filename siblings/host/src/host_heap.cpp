@@ -106,6 +106,7 @@ void Watch(long failAt) {
 
 void Unwatch() {
     g_watched = false;
+    g_probe.untilFailure = 0;
     small_heap::OpenHand();
 }
 
