@@ -3,6 +3,7 @@
 #include <files/KZMBasUtlFilePath.h>
 #include <files/KZMBasUtlUrlParser.h>
 #include <files/path_query.h>
+#include <platform/letters.h>
 
 #include <cstdint>
 #include <initializer_list>
@@ -30,10 +31,8 @@ NetworkPrefix NetworkPrefixOf(std::string_view path) {
     return NetworkPrefix::kNone;
 }
 
-bool IsDriveLetter(char c) { return static_cast<unsigned int>((c | 32) - 'a') < 26; }
-
 bool BeginsWithDrive(std::string_view path) {
-    return path.size() >= 2 && IsDriveLetter(path[0]) && path[1] == ':';
+    return path.size() >= 2 && IsLetter(path[0]) && path[1] == ':';
 }
 
 bool IsShare(std::string_view path) { return path.starts_with("\\\\"); }

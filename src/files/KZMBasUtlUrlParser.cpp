@@ -1,11 +1,10 @@
 #include <files/KZMBasUtlUrlParser.h>
+#include <platform/letters.h>
 
 #include <algorithm>
 #include <string_view>
 
 namespace {
-
-bool IsLetter(char c) { return static_cast<unsigned int>((c | 32) - 'a') < 26; }
 
 bool IsSchemeCharacter(char c) {
     return IsLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <fenv.h>
+#include <platform/letters.h>
 #include <platform/platform.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,8 +17,6 @@ namespace {
 
 constexpr int kOnlyDrive = 'Z' - 'A' + 1;
 constexpr std::size_t kLongestOfDrive = 259;  // as the system with drives has it
-
-bool IsDriveLetter(char c) { return static_cast<unsigned int>((c | 32) - 'a') < 26; }
 
 std::string HostForm(std::string_view native) {
     std::string path = std::string("Z:").append(native);
@@ -144,7 +143,7 @@ std::string NativePath(const char* path) {
     std::string native = path;
     std::replace(native.begin(), native.end(), '\\', '/');
     if (native.starts_with("//")) return std::string();
-    if (native.size() < 2 || native[1] != ':' || !IsDriveLetter(native[0])) return native;
+    if (native.size() < 2 || native[1] != ':' || !IsLetter(native[0])) return native;
     if (path[0] != 'Z' && path[0] != 'z') return std::string();
     native.erase(0, 2);
     return native.empty() ? "." : native;
