@@ -15,6 +15,7 @@ import sys
 
 import bench_page
 import bench_results as results
+import plain_errors  # noqa: F401
 from bench_text import bytes_text, date_of, ratio_text, time_text
 
 

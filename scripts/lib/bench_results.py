@@ -120,9 +120,12 @@ def read_results(paths):
     workloads, complaints, context = {}, [], {}
     for path in map(pathlib.Path, paths):
         family = path.stem
-        document = json.loads(path.read_text())
-        context = context or document["context"]
-        runs = [run for run in document["benchmarks"] if run.get("run_type") == "iteration"]
+        try:
+            document = json.loads(path.read_text())
+            context = context or document["context"]
+            runs = [run for run in document["benchmarks"] if run.get("run_type") == "iteration"]
+        except (ValueError, KeyError, TypeError, AttributeError) as error:
+            raise SystemExit(f"error: {path} holds no results of benchmarks: {error}") from error
         runs.sort(key=lambda run: (run["family_index"], run["per_family_instance_index"]))
         for run in runs:
             name = re.sub(r"/(iterations|repeats|min_time|\w+_time)\b[^/]*", "", run["run_name"])

@@ -25,6 +25,7 @@ build_preset() {
     use_ccache
     mkdir -p build
     log=build/configure-$preset.log
+    : >"$log" || return
     echo "== configuring $preset"
     cmake --preset "$preset" >"$log" 2>&1 || { cat "$log"; return 1; }
     echo "== building $preset"
@@ -38,6 +39,7 @@ build_bench() {
     local log=build/configure-bench.log
     use_ccache
     mkdir -p build
+    : >"$log" || return
     echo "== configuring benchmarks"
     cmake --preset release -B build/bench -DKZM_BUILD_BENCH=ON -DKZM_BUILD_TESTS=OFF \
         -DKZM_BUILD_EXAMPLES=OFF >"$log" 2>&1 || { cat "$log"; return 1; }

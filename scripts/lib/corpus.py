@@ -8,6 +8,8 @@ import hashlib
 import pathlib
 import sys
 
+import plain_errors  # noqa: F401
+
 
 def unpack(file, folder):
     folder.mkdir(parents=True, exist_ok=True)
@@ -24,4 +26,7 @@ def pack(folder, file):
 
 if len(sys.argv) != 4 or sys.argv[1] not in ("pack", "unpack"):
     sys.exit(__doc__)
-(pack if sys.argv[1] == "pack" else unpack)(pathlib.Path(sys.argv[2]), pathlib.Path(sys.argv[3]))
+try:
+    (pack if sys.argv[1] == "pack" else unpack)(*map(pathlib.Path, sys.argv[2:]))
+except ValueError as error:
+    sys.exit(f"error: {sys.argv[2]} holds no kept programs: {error}")

@@ -16,6 +16,8 @@ import sys
 from collections import defaultdict
 from pathlib import Path
 
+import plain_errors  # noqa: F401
+
 TOP = Path(__file__).resolve().parents[2]
 GOAL = 0.95
 MEASURED = re.compile(r"(include|src)/")

@@ -8,6 +8,7 @@ demo_part() {
     need gmsh-doc gzip || return 1
     mkdir -p "$(dirname "$target")"
     found=$(dpkg -L gmsh-doc | grep -E "/$name(\.gz)?\$" | head -n 1 || true)
+    if [ ! -f "$found" ] && [ -s "$target" ]; then return 0; fi  # taken out before
     if [ ! -f "$found" ]; then
         folder=$(mktemp -d)
         if (cd "$folder" && apt-get download -qq gmsh-doc && dpkg-deb -x gmsh-doc*.deb .) >&2; then
@@ -19,6 +20,7 @@ demo_part() {
         return 1
     fi
     # Also reads what is not compressed.
-    gzip -dcf "$found" >"$target"
+    gzip -dcf "$found" >"$target.part" || return 1
+    mv "$target.part" "$target"
     if [ -n "${folder:-}" ]; then rm -rf "$folder"; fi
 }
