@@ -1,5 +1,4 @@
 #include <alloc/KZMBasAlloc.h>
-#include <alloc/KZMBasMemPoolCow.h>
 #include <alloc/omi_SingletonRegistry.h>
 #include <coreutils/KZMBasCoreUtils.h>
 #include <errors/KZMBasUtils.h>
@@ -108,9 +107,6 @@ TEST_F(StartStop, CyclesLeaveNoBlockBehindAndAStartWithoutMemoryTheLibraryStoppe
         KZMBasShared_initialize(program.count);
         omi_Singleton<KZMBas_SingletonRegistry>::Instance().Tag(-3, nullptr);
         rgx_ReCompileCache::Instance().Store("a+", nullptr, [](void*) {});
-        omi_Singleton<KZMBasUtlIOStats>::Instance();
-        omi_Singleton<bcu_ResourceMonitor>::Instance();
-        omi_Singleton<KZMBasMemPoolCow>::Instance();
         const KZMBasFilStracePhase outer("a name that needs memory of its own"), inner("cycle");
         KZMBasOmniProcessInfo::Initialize();
         KZMBasOmniProcessInfo::SaveEnvironment("Z:\\no such directory\\file");

@@ -32,18 +32,15 @@ TEST_WITH_REFUSALS(Format, ArgumentsKeepTheirTypeAndDirectivesWithoutOneStay) {
     for (const auto& [formatted, expected] : cases) EXPECT_EQ(formatted, expected);
 }
 
-TEST(Format, PrintsZeroBytes) {
-    testing::internal::CaptureStdout();
-    atr_print(stdout, "%s.", std::string_view("a\0b", 3));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::string("a\0b.", 4));
-}
-
-TEST(Format, OnlyTextsForTheUserAreTranslated) {
+TEST(Format, OnlyTextsForTheUserAreTranslatedAndPrintingKeepsZeroBytes) {
     atr_setTranslator([](const char* text) { return *text == 'E' ? "Erreur : %s" : nullptr; });
     EXPECT_EQ(atr(KZMBasStringModeUser, "Error: %s", 1), "Erreur : 1");
     EXPECT_EQ(atr(KZMBasStringModeUser, "100%"), "100%");
     EXPECT_EQ(atr(KZMBasStringModeDeveloper, "Error: %s", 1), "Error: 1");
     atr_setTranslator(nullptr);
+    testing::internal::CaptureStdout();
+    atr_print(stdout, "%s.", std::string_view("a\0b", 3));
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::string("a\0b.", 4));
 }
 
 TEST(OutputStream, WidthHoldsForOneItemAndPadsOnTheLeft) {
