@@ -1,5 +1,6 @@
 #include <alloc/KZMBasAlloc.h>
 #include <alloc/mem_alloc.h>
+#include <alloc/mem_cell.h>
 #include <gtest/gtest.h>
 #include <host/host_heap.h>
 
@@ -85,11 +86,19 @@ TEST(TinyBlocks, MayBeFreedByAnyThreadAndAfterTheStop) {
         std::vector<std::atomic<unsigned char*>> slots(512);
         const auto work = [&](unsigned seed) {
             std::minstd_rand rng(seed);
-            for (int i = 0; i < 60000; ++i) {
-                unsigned char* const fresh = Take(static_cast<unsigned>(rng() % 205 + 1));
+            const auto exchange = [&](unsigned char* fresh) {
                 unsigned char* const taken = slots[rng() % slots.size()].exchange(fresh);
                 EXPECT_TRUE(!taken || Intact(taken, taken[0]));
                 mem_Free(taken);
+            };
+            for (int i = 0; i < 60000; ++i) {
+                exchange(Take(static_cast<unsigned>(rng() % 205 + 1)));
+                auto* const cell = static_cast<unsigned char*>(mem_TakeCell(kMemCellOfThree));
+                if (cell && rng() % 4 == 0)
+                    mem_FreeCell(cell, kMemCellOfThree);
+                else if (cell)
+                    for (const auto& [at, size] : {std::pair{0, 16}, {16, 4}, {24, 40}})
+                        exchange(static_cast<unsigned char*>(std::memset(cell + at, size, size)));
             }
         };
         {

@@ -74,6 +74,20 @@ void GiveBackElsewhere(void* block) {
         GiveBackUnusually(block);
 }
 
+void* TakeCellElsewhere(unsigned kind) {
+    if (!small_heap::kInUse) return nullptr;
+    void* const cell = small_heap::Take(kFirstCellClass + kind);
+    return cell || Watched() ? cell : small_heap::TakeSlowly(kFirstCellClass + kind);
+}
+
+void GiveBackCellElsewhere(void* cell, unsigned kind) {
+    Hand& hand = small_heap::CurrentHand();
+    if (hand.m_reach > 0) [[likely]]
+        return small_heap::PutInHand(hand, cell, kFirstCellClass + kind);
+    for (std::size_t i = 0; i < kCell / 8; ++i)
+        if (kCellParts[kind] >> i & 1) GiveBackElsewhere(static_cast<char*>(cell) + 8 * i);
+}
+
 void* Resize(void* block, std::size_t size) {
     if (!block) return Take(size);
     if (size == 0) {

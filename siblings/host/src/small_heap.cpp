@@ -39,6 +39,8 @@ struct Guard {
 
 char* Region() { return g_region.load(std::memory_order_relaxed); }
 
+bool IsOfCells(const Chunk& chunk) { return chunk.m_classOfParts == 0; }
+
 char* MemoryOf(const Chunk& chunk) {
     return Region() + (OffsetOf(&chunk, Region()) >> kRecordShift << kChunkShift);
 }
@@ -110,10 +112,14 @@ Chunk* BeginChunk(unsigned sizeClass) {
             ++g_chunks;
     }
     ++g_chunksInUse;
+    const bool ofCells = sizeClass >= kFirstCellClass;
     chunk->m_free = 0;
-    chunk->m_out = chunk->m_begun = 0;
-    chunk->m_capacity = static_cast<std::uint16_t>(kChunk / SizeOf(sizeClass));
     chunk->m_class = static_cast<std::uint8_t>(sizeClass);
+    chunk->m_classOfParts = ofCells ? std::uint8_t{0} : chunk->m_class;
+    chunk->m_first = ofCells ? kChunk / kCell / kCell : 0;
+    chunk->m_out = chunk->m_begun = chunk->m_first;
+    chunk->m_capacity = static_cast<std::uint16_t>(kChunk / SizeOf(sizeClass));
+    if (ofCells) std::memset(MemoryOf(*chunk), 0, kChunk / kCell);
     return chunk;
 }
 
@@ -182,14 +188,53 @@ bool Refill(ThreadCache& cache, unsigned sizeClass) {
     return true;
 }
 
-// By the thread of a cache, null if it has none, or on its behalf.
+// Of the cell that the block, of a chunk of cells, is a part of.
+std::uint8_t& PartsGivenBack(const Chunk& chunk, const void* block) {
+    const std::size_t offset = OffsetOf(block, MemoryOf(chunk));
+    return reinterpret_cast<std::uint8_t*>(MemoryOf(chunk))[offset / kCell];
+}
+
+std::uint8_t AllParts(const Chunk& chunk) { return kCellParts[chunk.m_class - kFirstCellClass]; }
+
+// By the owner. Null while other parts of the cell are alive, else the cell.
+void* CellWithout(const Chunk& chunk, void* part) {
+    const std::size_t at = OffsetOf(part, Region()) % kCell;
+    std::uint8_t& given = PartsGivenBack(chunk, part);
+    given = static_cast<std::uint8_t>(given | 1U << at / 8);
+    if (given != AllParts(chunk)) return nullptr;
+    given = 0;
+    return static_cast<char*>(part) - at;
+}
+
+// A block or part of a cell that comes from a user.
+void PutOwnOrPart(ThreadCache& owner, Chunk& chunk, void* block) {
+    if (IsOfCells(chunk)) block = CellWithout(chunk, block);
+    if (block) PutOwn(owner, chunk, block, OffsetOf(block, Region()));
+}
+
+// The same by the thread of a cache, null if it has none, or on its behalf.
 void Return(void* block, const ThreadCache* by) {
     const std::size_t offset = OffsetOf(block, Region());
     Chunk& chunk = ChunkOf(Region(), offset);
     ThreadCache& owner = *chunk.m_owner.load(std::memory_order_relaxed);
-    if (&owner == by || &owner == &g_central) return PutOwn(owner, chunk, block, offset);
+    if (&owner == by || &owner == &g_central) return PutOwnOrPart(owner, chunk, block);
     SetNext(block, owner.m_away.load(std::memory_order_relaxed));
     owner.m_away.store(PlaceOf(offset), std::memory_order_relaxed);
+}
+
+// A cell becomes what it is when only its first part is still to be given back.
+void KeepFirstPart(void* block) {
+    const Chunk& chunk = ChunkOf(Region(), OffsetOf(block, Region()));
+    if (IsOfCells(chunk))
+        PartsGivenBack(chunk, block) = static_cast<std::uint8_t>(AllParts(chunk) & ~1U);
+}
+
+void PutAway(ThreadCache& owner, Place place) {
+    while (place) {
+        char* const block = At(Region(), place);
+        place = NextOf(block);
+        PutOwnOrPart(owner, ChunkOf(Region(), OffsetOf(block, Region())), block);
+    }
 }
 
 void PutAll(ThreadCache& owner, Place place) {
@@ -209,7 +254,7 @@ Place TakeAway(ThreadCache& cache) {
 void HandOver(ThreadCache& from, Chunk*& list) {
     while (Chunk* const chunk = list) {
         Unlink(from, *chunk);
-        if (chunk->m_out == 0)
+        if (chunk->m_out == chunk->m_first)
             EndChunk(*chunk);
         else
             BelongTo(g_central, *chunk);
@@ -217,10 +262,13 @@ void HandOver(ThreadCache& from, Chunk*& list) {
 }
 
 void Drain(ThreadCache& cache) {
-    PutAll(cache, TakeAway(cache));
+    PutAway(cache, TakeAway(cache));
     Hand& hand = *cache.m_hand;
     for (unsigned i = 1; i < kClasses; ++i) {
-        if (void* const block = std::exchange(hand.m_blocks[i], nullptr)) Return(block, &cache);
+        if (void* const block = std::exchange(hand.m_blocks[i], nullptr)) {
+            KeepFirstPart(block);
+            Return(block, &cache);
+        }
         ThreadCache::Stock& stock = cache.m_stocks[i];
         PutAll(cache, std::exchange(stock.m_list, 0));
         stock.m_current = nullptr;
@@ -256,6 +304,7 @@ Hand* Attach() {
     g_caches = cache;
     hand->m_cache = cache;
     hand->m_region = Region();
+    hand->m_blocks[0] = hand;
     return hand;
 }
 
@@ -271,7 +320,7 @@ void* TakeSlowly(unsigned sizeClass) {
     }
     if (!host_heap::Watched()) OpenHand();
     ThreadCache& cache = *hand->m_cache;
-    if (cache.m_away.load(std::memory_order_relaxed) != 0) PutAll(cache, TakeAway(cache));
+    if (cache.m_away.load(std::memory_order_relaxed) != 0) PutAway(cache, TakeAway(cache));
     ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
     if (stock.m_list == 0 && !Refill(cache, sizeClass)) return nullptr;
     return PopList(stock, hand->m_region);
@@ -279,17 +328,30 @@ void* TakeSlowly(unsigned sizeClass) {
 
 bool GiveBackSlowly(void* block) {
     if (SizeOfBlock(block) == 0) return false;
-    if (ThreadCache* const cache = CurrentHand().m_cache)
-        Put(*cache, block);
-    else
+    ThreadCache* const cache = CurrentHand().m_cache;
+    if (!cache || IsOfCells(ChunkOf(Region(), OffsetOf(block, Region()))))
         SendAway(block);
+    else
+        Put(*cache, block);
     return true;
+}
+
+void GiveBackPart(Hand& hand, void* part) {
+    const Chunk& chunk = ChunkOf(hand.m_region, OffsetOf(part, hand.m_region));
+    if (chunk.m_owner.load(std::memory_order_relaxed) != hand.m_cache) [[unlikely]]
+        return SendAway(part);
+    if (void* const cell = CellWithout(chunk, part)) PutInHand(hand, cell, chunk.m_class);
 }
 
 void SendAway(void* block) {
     const Guard guard;
     Return(block, CurrentHand().m_cache);
     ReleaseRegionIfIdle();
+}
+
+void SendWholeAway(void* block) {
+    KeepFirstPart(block);
+    SendAway(block);
 }
 
 std::size_t SizeOfBlock(const void* block) {
@@ -300,10 +362,10 @@ std::size_t SizeOfBlock(const void* block) {
 
 void Settle(ThreadCache& owner, Chunk& chunk) {
     const bool current = owner.m_stocks[chunk.m_class].m_current == &chunk;
-    if (chunk.m_out == 0 && current) {  // begins anew
+    if (chunk.m_out == chunk.m_first && current) {  // begins anew
         chunk.m_free = 0;
-        chunk.m_begun = 0;
-    } else if (chunk.m_out == 0) {
+        chunk.m_begun = chunk.m_first;
+    } else if (chunk.m_out == chunk.m_first) {
         Unlink(owner, chunk);
         const Guard guard;
         EndChunk(chunk);
@@ -340,8 +402,11 @@ void ThreadEnds(Hand& hand) {
 void CloseHand() {
     Hand& hand = CurrentHand();
     if (std::exchange(hand.m_reach, 0) == 0) return;
-    for (void*& each : hand.m_blocks)
-        if (void* const block = std::exchange(each, nullptr)) GiveBackSlowly(block);
+    for (unsigned i = 1; i < kClasses; ++i)
+        if (void* const block = std::exchange(hand.m_blocks[i], nullptr)) {
+            KeepFirstPart(block);
+            GiveBackSlowly(block);
+        }
 }
 
 void OpenHand() {
@@ -362,7 +427,7 @@ SmallFigures SmallState() {
     std::uint64_t out = 0;
     for (std::size_t i = kFirstChunk; i < g_chunks; ++i) {
         const Chunk& chunk = ChunkOf(Region(), i << kChunkShift);
-        if (chunk.m_owner.load(std::memory_order_relaxed)) out += chunk.m_out;
+        if (chunk.m_owner.load(std::memory_order_relaxed)) out += chunk.m_out - chunk.m_first;
     }
     return {kInUse, Region() != nullptr, (g_chunksInUse + g_chunksIdle) << kChunkShift, out};
 }

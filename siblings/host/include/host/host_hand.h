@@ -11,15 +11,22 @@ struct ThreadCache;
 // What a thread has in hand of the heap of small blocks: one free block of each size, so that code
 // of any module takes a block and gives it back in a few instructions, without a call. Whatever
 // the hand cannot do, and all of it while the hand is closed, is left to the library. Only
-// <alloc/mem_alloc.h> and the siblings' sources include this.
+// <alloc/mem_alloc.h>, <alloc/mem_cell.h> and the siblings' sources include this.
 namespace host_heap {
 
 inline constexpr std::size_t kLargestSmall = 512;
 
 // From number 1 on. After those of ClassOf come 1 KiB and, where addresses are not scarce, 2, 4 and
 // 8 KiB: the blocks that tables and bit vectors are made of. Only requests for just as much get
-// them, in the library.
-inline constexpr unsigned kSmallClasses = sizeof(void*) == 8 ? 37 : 34;
+// them, in the library. The last ones are cells.
+inline constexpr unsigned kFirstCellClass = sizeof(void*) == 8 ? 37 : 34;
+
+// A cell is a line of the caches that is taken as a whole and given back in parts, see
+// <alloc/mem_cell.h>. For each kind the parts, a bit for each multiple of 8 bytes that one begins
+// at.
+inline constexpr unsigned kCell = 64;
+inline constexpr unsigned char kCellParts[] = {0b1101, 0b101};
+inline constexpr unsigned kSmallClasses = kFirstCellClass + sizeof kCellParts;
 
 // Steps of 4 bytes up to 32, of 8 up to 128, of 32 beyond.
 constexpr unsigned ClassOf(std::size_t size) {
@@ -34,9 +41,9 @@ constexpr unsigned AlignedClassOf(std::size_t size) {
 }
 
 struct Hand {
-    char* m_region = nullptr;  // where all small blocks lie
-    std::size_t m_reach = 0;   // size of the region; 0 while the hand is closed
-    void* m_blocks[kSmallClasses] = {};
+    char* m_region = nullptr;                    // where all small blocks lie
+    std::size_t m_reach = 0;                     // size of the region; 0 while the hand is closed
+    void* m_blocks[kSmallClasses] = {};          // number 0 is not null while the hand is open
     small_heap::ThreadCache* m_cache = nullptr;  // what else the thread keeps
     bool m_ended = false;
 };
@@ -45,7 +52,7 @@ struct Hand {
 [[gnu::tls_model("initial-exec")]] KZM_API extern constinit thread_local Hand t_hand;
 
 // For each chunk of 64 KiB the region begins with a record of 64 bytes, the first of which is the
-// class of the chunk's blocks.
+// class of the chunk's blocks, or 0 for cells: a part of one never comes into the hand.
 inline unsigned ClassAt(const char* region, std::size_t offset) {
     return static_cast<unsigned char>(region[offset >> 16 << 6]);
 }
@@ -76,5 +83,18 @@ inline bool ToHand(void* block) {
 KZM_API void* TakeElsewhere(std::size_t size);        // aligned for everything
 KZM_API void* TakePackedElsewhere(std::size_t size);  // only as an object of that size can need
 KZM_API void GiveBackElsewhere(void* block);          // null is allowed
+
+// Null if the caller shall take the parts one by one.
+KZM_API void* TakeCellElsewhere(unsigned kind);
+KZM_API void GiveBackCellElsewhere(void* cell, unsigned kind);
+
+// False if the library is to be asked.
+inline bool CellToHand(void* cell, unsigned kind) {
+    Hand& hand = t_hand;
+    void*& inHand = hand.m_blocks[kFirstCellClass + kind];
+    if (inHand || hand.m_reach == 0) return false;
+    inHand = cell;
+    return true;
+}
 
 }  // namespace host_heap

@@ -15,6 +15,9 @@
 // of addresses, for any size, or goes back to the system. Free blocks are chained through their
 // first four bytes.
 //
+// A chunk of cells begins with a byte for each of them: the parts that have been given back while
+// others are alive. A cell is on its way as a block once all have been.
+//
 // Without the lock a thread touches only its own hand and cache and the chunks that it owns. What
 // belongs to nobody, between threads and while the heap is stopped, is owned by a central cache
 // under the lock.
@@ -33,6 +36,9 @@ using host_heap::Hand;
 inline constexpr std::size_t kLargest = host_heap::kLargestSmall;
 inline constexpr unsigned kLargestClass = ClassOf(kLargest);
 inline constexpr unsigned kClasses = host_heap::kSmallClasses;
+using host_heap::kCell;
+using host_heap::kCellParts;
+using host_heap::kFirstCellClass;
 inline constexpr unsigned kUnit = 4;  // places count in these
 inline constexpr unsigned kChunkShift = 16;
 inline constexpr unsigned kRecordShift = 6;
@@ -42,8 +48,9 @@ inline constexpr auto kRegion =
     static_cast<std::size_t>(std::uint64_t{sizeof(void*) == 8 ? 16384 : 128} << 20);
 
 constexpr unsigned SizeOf(unsigned sizeClass) {
-    return sizeClass <= 8    ? sizeClass * 4
-           : sizeClass <= 20 ? sizeClass * 8 - 32
+    return sizeClass >= kFirstCellClass ? kCell
+           : sizeClass <= 8             ? sizeClass * 4
+           : sizeClass <= 20            ? sizeClass * 8 - 32
            : sizeClass <= kLargestClass
                ? sizeClass * 32 - 512
                : static_cast<unsigned>(kLargest) << (sizeClass - kLargestClass);
@@ -53,7 +60,7 @@ static_assert(SizeOf(kLargestClass) == kLargest && SizeOf(kLargestClass + 1) == 
 
 // 0 if there are no blocks of just that size.
 constexpr unsigned ClassOfLarger(std::size_t size) {
-    for (unsigned i = kLargestClass + 1; i < kClasses; ++i)
+    for (unsigned i = kLargestClass + 1; i < kFirstCellClass; ++i)
         if (SizeOf(i) == size) return i;
     return 0;
 }
@@ -62,9 +69,11 @@ constexpr unsigned ClassOfLarger(std::size_t size) {
 using Place = std::uint32_t;
 
 struct alignas(kRecord) Chunk {
-    std::uint8_t m_class;   // first: see ClassAt
+    std::uint8_t m_classOfParts;  // first: see ClassAt. 0 for cells, else the class
+    std::uint8_t m_class;
+    std::uint8_t m_first;   // blocks before it are not used: those of the bytes for cells
     bool m_available;       // on the owner's list of such, which has blocks; else among the others
-    std::uint16_t m_out;    // blocks with users, or on the owner's list
+    std::uint16_t m_out;    // blocks with users, or on the owner's list; the first ones too
     std::uint16_t m_begun;  // the others, at the end, have not been used yet
     std::uint16_t m_capacity;
     std::atomic<ThreadCache*> m_owner;  // null: the chunk is not in use. Changes under the lock
@@ -105,7 +114,9 @@ void* TakeSlowly(unsigned sizeClass);
 // False if the block is none of these.
 bool GiveBackSlowly(void* block);
 
-void SendAway(void* block);  // to its owner, another cache
+// To its owner, another cache: what a user gives back, and what is a cell as a whole if of one.
+void SendAway(void* block);
+void SendWholeAway(void* block);
 
 // 0 if the block is none of these.
 std::size_t SizeOfBlock(const void* block);
@@ -113,6 +124,9 @@ std::size_t SizeOfBlock(const void* block);
 // To be called when a block of an owned chunk has gone onto m_free, which was empty before or holds
 // all blocks now.
 void Settle(ThreadCache& owner, Chunk& chunk);
+
+// A part of a cell that the thread of an open hand gives back.
+void GiveBackPart(Hand& hand, void* part);
 
 inline std::size_t OffsetOf(const void* block, const char* region) {
     return reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(region);
@@ -167,7 +181,7 @@ inline void PutOwn(ThreadCache& owner, Chunk& chunk, void* block, std::size_t of
     const Place before = chunk.m_free;
     SetNext(block, before);
     chunk.m_free = PlaceOf(offset);
-    if (--chunk.m_out == 0 || before == 0) [[unlikely]]
+    if (--chunk.m_out == chunk.m_first || before == 0) [[unlikely]]
         Settle(owner, chunk);
 }
 
@@ -182,22 +196,17 @@ inline void Put(ThreadCache& cache, void* block) {
     } else if (chunk.m_owner.load(std::memory_order_relaxed) == &cache) [[likely]] {
         PutOwn(cache, chunk, block, offset);
     } else {
-        SendAway(block);
+        SendWholeAway(block);
     }
 }
 
-// False if that takes more; then GiveBackSlowly.
-inline bool GiveBack(void* block) {
-    Hand& hand = CurrentHand();
-    const std::size_t offset = OffsetOf(block, hand.m_region);
-    if (offset >= hand.m_reach) [[unlikely]]
-        return false;
-    const unsigned sizeClass = ClassAt(hand.m_region, offset);
+// Into the open hand, or to where that has to make room.
+inline void PutInHand(Hand& hand, void* block, unsigned sizeClass) {
     void*& inHand = hand.m_blocks[sizeClass];
     void* const before = inHand;
     if (!before) {
         inHand = block;
-        return true;
+        return;
     }
     ThreadCache& cache = *hand.m_cache;
     ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
@@ -210,6 +219,19 @@ inline bool GiveBack(void* block) {
         inHand = block;
         Put(cache, before);
     }
+}
+
+// False if that takes more; then GiveBackSlowly.
+inline bool GiveBack(void* block) {
+    Hand& hand = CurrentHand();
+    const std::size_t offset = OffsetOf(block, hand.m_region);
+    if (offset >= hand.m_reach) [[unlikely]]
+        return false;
+    const unsigned sizeClass = ClassAt(hand.m_region, offset);
+    if (sizeClass)
+        PutInHand(hand, block, sizeClass);
+    else
+        GiveBackPart(hand, block);
     return true;
 }
 
