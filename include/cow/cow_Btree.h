@@ -1,6 +1,7 @@
 #pragma once
 #include <coreutils/atr_String.h>
 #include <coreutils/atr_TextStart.h>
+#include <cow/cow_BtreeCell.h>
 #include <cow/cow_BtreeWalk.h>
 #include <cow/cow_COW.h>
 #include <cow/cow_FixedArray.h>
@@ -168,12 +169,9 @@ private:
 
     enum Side { kLeft, kRight };
 
-    static cow_BtreeNode* NodeOf(Handle* child) {
-        if (!child) return nullptr;
-        cow_BtreeNode* const node = child->GetPtr();
-        if (!node) __builtin_unreachable();  // so that callers test once
-        return node;
-    }
+    using Cell = cow_BtreeCell<cow_BtreeNode>;
+
+    static cow_BtreeNode* NodeOf(Handle* child) { return child ? Cell::NodeOf(child) : nullptr; }
 
     // A processor that guesses every branch works on the next levels before it knows the answer of
     // this one. In a small tree, which stays in its caches, that is faster although every second
@@ -195,8 +193,8 @@ private:
         const cow_BtreeNode* node = this;
         do {
             if constexpr (!cow_BtreeOrder<K>::kReadsNodeOnly) {
-                __builtin_prefetch(node->Left());
-                __builtin_prefetch(node->Right());
+                Cell::Prefetch(node->m_children[kLeft]);
+                Cell::Prefetch(node->m_children[kRight]);
             }
             unsigned isBehind;
             if (!order.Differs(node->key, isBehind)) return &node->value;
@@ -215,6 +213,15 @@ private:
         const int left = LeftHeight(), right = RightHeight();
         m_depth = m_children[kLeft] || m_children[kRight] ? 1 + std::max(left, right) : 0;
         return right - left <= 1 && left - right <= 1;
+    }
+    // The same where the height at one side, which has a child, is known. Without branches to
+    // guess.
+    bool UpdateDepth(unsigned side, int height) {
+        const Handle* const child = m_children[side ^ 1];
+        const int other = child ? child->GetPtr()->m_depth : 0;
+        const int lean = height - other;
+        m_depth = 1 + other + (lean & ~(lean >> 31));
+        return static_cast<unsigned>(lean + 1) <= 2;
     }
 
     Handle* m_children[2];  // by Side; owned; null or with a node

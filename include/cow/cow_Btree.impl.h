@@ -5,45 +5,42 @@
 #include <algorithm>
 #include <cstddef>
 
-// The way from a node down to the place of a change, as the links (fields of nodes) that lead on.
-// Every node on it is private. The links outlive rotations further down, since those change what a
-// link holds but not the node it lies in.
+// The way from a node down to the place of a change: at each level the node and the side where it
+// goes on. Every node on it is private. It outlives rotations further down, since those change what
+// a node's link holds but not the node.
 template <class K, class V>
 class cow_BtreeWay {
 public:
     using Node = cow_BtreeNode<K, V>;
     using Handle = typename Node::Handle;
 
-    explicit cow_BtreeWay(Node& top) : m_top(&top) {}
+    explicit cow_BtreeWay(Node& top) : m_top(&top) {
+        m_steps.Reserve(static_cast<std::size_t>(top.Depth()) + 1);
+    }
 
     // Goes down to the key. Null if it is there, the way then ending at its node; else the empty
     // link where it belongs.
     Handle** Descend(const K& key) {
         const cow_BtreeOrder<K> order(key);
-        for (Node* node = m_top;;) {
-            unsigned isBehind;
-            if (!order.Differs(node->key, isBehind)) return nullptr;
-            Handle** const link = &node->m_children[isBehind];
-            m_links.Push(link);
-            if (!*link) return link;
-            node = &(*link)->Get();
-        }
+        return m_top->m_depth <= Node::kMostGuesses ? DescendGuessing(order)
+                                                    : DescendByIndex(order);
     }
 
     // Adds the way to the in-order successor of the node that it ends at, which has a right child.
     void DescendToSuccessor() {
-        for (Handle** link = &End().m_children[Node::kRight]; *link;
-             link = &(*link)->Get().m_children[Node::kLeft])
-            m_links.Push(link);
+        Node* node = &End();
+        for (unsigned side = Node::kRight; node->m_children[side]; side = Node::kLeft) {
+            node = &(*StepDown(*node, side))->Get();
+        }
     }
 
-    std::size_t Length() const { return m_links.Size(); }
-    Handle** LastLink() const { return m_links.Top(); }
-    Handle** PopLink() { return m_links.Pop(); }
+    std::size_t Length() const { return m_steps.Size(); }
+    Handle*& LastLink() { return LinkOf(m_steps.Top()); }
+    Handle*& PopLink() { return LinkOf(m_steps.Pop()); }
 
     // `node` now stands at a level, the way going on to its right.
     void Replace(std::size_t level, Node& node) {
-        if (level < Length()) m_links[level] = &node.m_children[Node::kRight];
+        if (level < Length()) m_steps[level] = StepFrom(node, Node::kRight);
         if (level == 0) m_top = &node;
     }
 
@@ -51,74 +48,86 @@ public:
     // one. If a node that is to be turned up cannot be copied, the depths are still brought up to
     // date before the exception goes on.
     void Rebalance() {
-        std::size_t level = m_links.Size();
+        std::size_t level = m_steps.Size();
+        Node* node = &End();
+        bool isBalanced = node->UpdateDepth();
+        int height = node->m_depth;
         try {
-            for (;; --level) {
-                Node& node = NodeAt(level);
-                const bool isBalanced = node.UpdateDepth();
-                if (level == 0) return;
-                if (isBalanced) [[likely]]
-                    continue;
-                Handle*& link = *m_links[level - 1];
-                link = node.Balance(link);
+            while (level-- > 0) {
+                const Step step = m_steps[level];
+                if (!isBalanced) [[unlikely]] {
+                    Handle*& link = LinkOf(step);
+                    link = node->Balance(link);
+                    height = link->GetPtr()->m_depth;
+                }
+                node = NodeOf(step);
+                isBalanced = node->UpdateDepth(SideOf(step), height);
+                height = node->m_depth;
             }
         } catch (...) {
-            while (level-- > 0) NodeAt(level).SetMaxDepth();
+            for (++level; level-- > 0;) NodeOf(m_steps[level])->SetMaxDepth();
             throw;
         }
     }
 
 private:
-    Node& End() { return NodeAt(m_links.Size()); }
-    Node& NodeAt(std::size_t level) {
-        return level == 0 ? *m_top : *(*m_links[level - 1])->GetPtr();
+    using Cell = cow_BtreeCell<Node>;
+
+    // As the look-ups of the same names in cow_BtreeNode.
+    Handle** DescendGuessing(const cow_BtreeOrder<K>& order) {
+        for (Node* node = m_top;;) {
+            const int sign = order(node->key);
+            if (sign == 0) return nullptr;
+            Handle** link;
+            if (sign > 0)
+                link = StepDown(*node, Node::kRight);
+            else
+                link = StepDown(*node, Node::kLeft);
+            if (!*link) return link;
+            node = &(*link)->Get();
+        }
     }
+    Handle** DescendByIndex(const cow_BtreeOrder<K>& order) {
+        for (Node* node = m_top;;) {
+            // One of them comes next, and of the other the depth is asked on the way back.
+            Cell::Prefetch(node->m_children[Node::kLeft]);
+            Cell::Prefetch(node->m_children[Node::kRight]);
+            unsigned isBehind;
+            if (!order.Differs(node->key, isBehind)) return nullptr;
+            Handle** const link = StepDown(*node, isBehind);
+            if (!*link) return link;
+            node = &(*link)->Get();
+        }
+    }
+    Handle** StepDown(Node& node, unsigned side) {
+        m_steps.PushReserved(StepFrom(node, side));
+        return &node.m_children[side];
+    }
+
+    // The node's address plus the side; nodes lie at even addresses.
+    using Step = char*;
+    static Step StepFrom(Node& node, unsigned side) {
+        return reinterpret_cast<char*>(&node) + side;
+    }
+    static unsigned SideOf(Step step) { return reinterpret_cast<std::uintptr_t>(step) & 1; }
+    static Node* NodeOf(Step step) { return reinterpret_cast<Node*>(step - SideOf(step)); }
+    static Handle*& LinkOf(Step step) { return NodeOf(step)->m_children[SideOf(step)]; }
+
+    Node& End() { return Length() == 0 ? *m_top : *LastLink()->GetPtr(); }
 
     Node* m_top;
-    cow_SmallStack<Handle**, 48> m_links;
+    cow_SmallStack<Step, 48> m_steps;
 };
-
-namespace cow_btree_detail {
-
-// A heap-allocated handle, from whatever makeReferent() returns: a new node or a handle to share.
-template <class Handle, class MakeReferent>
-Handle* NewHandle(const MakeReferent& makeReferent) {
-    void* const block = mem_OperatorNewTinyThrow(sizeof(Handle));
-    try {
-        return ::new (block) Handle(makeReferent());
-    } catch (...) {
-        mem_Free(block);
-        throw;
-    }
-}
-
-template <class Handle>
-Handle* NewSharing(const Handle& other) {
-    return NewHandle<Handle>([&other]() -> const Handle& { return other; });
-}
-
-template <class Node, class K, class V>
-Node* NewNode(const K& key, const V& value) {
-    void* const block = mem_OperatorNewThrow(sizeof(Node));
-    try {
-        return ::new (block) Node(key, value);
-    } catch (...) {
-        mem_Free(block);
-        throw;
-    }
-}
-
-}  // namespace cow_btree_detail
 
 template <class K, class V>
 cow_BtreeNode<K, V>::cow_BtreeNode(const cow_BtreeNode& other)
     : Entry(other), m_children{nullptr, nullptr}, m_depth(other.m_depth) {
-    using cow_btree_detail::NewSharing;
-    if (other.m_children[kLeft]) m_children[kLeft] = NewSharing(*other.m_children[kLeft]);
+    if (other.m_children[kLeft]) m_children[kLeft] = Cell::NewSharing(*other.m_children[kLeft]);
     try {
-        if (other.m_children[kRight]) m_children[kRight] = NewSharing(*other.m_children[kRight]);
+        if (other.m_children[kRight])
+            m_children[kRight] = Cell::NewSharing(*other.m_children[kRight]);
     } catch (...) {
-        cow_Destroy(m_children[kLeft]);
+        Cell::Destroy(m_children[kLeft]);
         throw;
     }
 }
@@ -138,11 +147,11 @@ cow_BtreeNode<K, V>::~cow_BtreeNode() {
             } else {
                 rest = node->m_children[kRight];
                 node->m_children[kRight] = nullptr;
-                cow_Destroy(top);
+                Cell::Destroy(top);
             }
             top = rest;
         }
-        cow_Destroy(top);
+        Cell::Destroy(top);
     }
 }
 
@@ -163,8 +172,7 @@ bool cow_BtreeNode<K, V>::InsertUnlessMember(const K& k, const V& v) {
     cow_BtreeWay<K, V> way(*this);
     Handle** const link = way.Descend(k);
     if (!link) return false;
-    *link = cow_btree_detail::NewHandle<Handle>(
-        [&] { return cow_btree_detail::NewNode<cow_BtreeNode>(k, v); });
+    *link = Cell::New(k, v);
     way.Rebalance();
     return true;
 }
@@ -173,11 +181,11 @@ template <class K, class V>
 bool cow_BtreeNode<K, V>::Remove(const K& k) {
     cow_BtreeWay<K, V> way(*this);
     if (way.Descend(k) || way.Length() == 0) return false;
-    Handle** const link = way.LastLink();
-    Handle* const gone = *link;
+    Handle*& link = way.LastLink();
+    Handle* const gone = link;
     Handle* const rest = gone->GetPtr()->RemoveNode(way);
-    *link = rest;
-    cow_Destroy(gone);
+    link = rest;
+    Cell::Destroy(gone);
     way.Rebalance();
     return true;
 }
@@ -192,10 +200,10 @@ typename cow_BtreeNode<K, V>::Handle* cow_BtreeNode<K, V>::RemoveNode(cow_BtreeW
     }
     const std::size_t level = way.Length();
     way.DescendToSuccessor();
-    Handle** const link = way.PopLink();
-    Handle* const successor = *link;
+    Handle*& link = way.PopLink();
+    Handle* const successor = link;
     cow_BtreeNode& node = *successor->GetPtr();
-    *link = node.m_children[kRight];
+    link = node.m_children[kRight];
     node.m_children[kLeft] = m_children[kLeft];
     node.m_children[kRight] = m_children[kRight];
     m_children[kLeft] = nullptr;
@@ -245,7 +253,7 @@ V& cow_Btree<K, V>::Find(const K& key) {
 template <class K, class V>
 bool cow_Btree<K, V>::InsertUnlessMember(const K& key, const V& value) {
     if (m_root.IsNull()) {
-        m_root = cow_btree_detail::NewNode<Node>(key, value);
+        m_root = cow_BtreeCell<Node>::NewNode(key, value);
         return true;
     }
     if (!m_root.Get().InsertUnlessMember(key, value)) return false;
@@ -283,7 +291,7 @@ template <class K, class V>
 void cow_Btree<K, V>::BalanceRoot() {
     Node* const root = m_root.GetPtr();
     if (!root->NeedsBalance()) return;
-    Handle* const self = cow_btree_detail::NewSharing(m_root);
+    Handle* const self = cow_BtreeCell<Node>::NewSharing(m_root);
     Handle* top;
     try {
         top = root->Balance(self);

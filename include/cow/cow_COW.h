@@ -55,6 +55,11 @@ public:
     const T& ConstGet() const { return *this->GetPtr(); }
 
 private:
+    template <class Node>
+    friend class cow_BtreeCell;
+
+    cow_COW(T* p, cow_Counter* counter) noexcept : Base(p, counter) {}
+
     void Detach();  // out of line, so that Get is not
 };
 

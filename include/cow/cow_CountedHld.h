@@ -70,6 +70,9 @@ public:
     bool IsNull() const { return m_referent == nullptr; }
 
 protected:
+    // Takes ownership of both; the counter counts one.
+    cow_CountedHld(T* p, cow_Counter* counter) noexcept : m_counter(counter), m_referent(p) {}
+
     // Gives up the share; the last one destroys referent and counter. The holder must be assigned
     // its fields, or end, afterwards.
     void DropReference() {
@@ -88,6 +91,8 @@ protected:
 
 private:
     friend struct kzm_Layout;
+    template <class Node>
+    friend class cow_BtreeCell;
 
     static cow_Counter* NewCounter(T* owned) {
         try {
