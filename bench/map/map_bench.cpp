@@ -1,4 +1,5 @@
 // The tree and the map by value: ordered or by bits, shared until written.
+#include "bare.h"
 #include "support/keyed.h"
 #include "support/keys.h"
 #include "support/memory.h"
@@ -13,6 +14,7 @@ Map Filled(const KeysOf<Map>& keys) {
     Map map;
     int n = 0;
     for (const auto& key : keys) map.Insert(key, n++);
+    if constexpr (requires { map.Ready(); }) map.Ready();
     return map;
 }
 
@@ -183,13 +185,15 @@ void Snapshots(benchmark::internal::Benchmark* b) {
 void Names(benchmark::internal::Benchmark* b) { b->ArgName("names")->Arg(1000)->Arg(10000); }
 
 KZM_WORKLOAD(InsertInt, Counts, Ours, Peers);
-KZM_WORKLOAD(FindInt, Counts, Ours, Peers, bench::BoostFlat<int, int>);
+using Floors = bench::Types<bench::BareMap, bench::BareTree<int>>;
+
+KZM_WORKLOAD(FindInt, Counts, Ours, Peers, bench::BoostFlat<int, int>, Floors);
 KZM_WORKLOAD(MissInt, Counts, Ours, Peers);
 KZM_WORKLOAD(EraseInsert, Counts, Ours, Peers);
 KZM_WORKLOAD(IterateInt, Counts, Ours, Peers, bench::BoostFlat<int, int>);
-KZM_WORKLOAD(SnapshotInsert, Snapshots, Ours, Peers);
+KZM_WORKLOAD(SnapshotInsert, Snapshots, Ours, Peers, bench::WayOfBlocks);
 KZM_WORKLOAD(CopyDrop, Counts, Ours, Peers);
 KZM_WORKLOAD(InsertText, Names, OurTexts, TextPeers);
-KZM_WORKLOAD(FindText, Names, OurTexts, TextPeers);
+KZM_WORKLOAD(FindText, Names, OurTexts, TextPeers, bench::BareTree<cow_String>);
 
 }  // namespace
