@@ -14,7 +14,6 @@ namespace {
 constexpr std::size_t kRecords = kRegion >> kChunkShift << kRecordShift;
 constexpr std::size_t kFirstChunk = (kRecords + kChunk - 1) >> kChunkShift;
 constexpr std::size_t kMostIdle = (sizeof(void*) == 8 ? 64U << 20 : 8U << 20) / kChunk;
-constexpr unsigned kPage = 4096;  // of blocks never used a list gets so much at once, or one
 
 // Everything here is under the lock, and so are the central cache's chunks.
 constinit ThreadCache g_central{};
@@ -147,21 +146,32 @@ Chunk* Acquire(ThreadCache& owner, unsigned sizeClass) {
     return chunk;
 }
 
-char* BeginBlocks(Chunk& chunk, unsigned count) {
-    char* const first = MemoryOf(chunk) + std::size_t{chunk.m_begun} * SizeOf(chunk.m_class);
-    chunk.m_begun = static_cast<std::uint16_t>(chunk.m_begun + count);
+bool IsEmpty(const ThreadCache::Stock& stock) {
+    return stock.m_list == 0 && stock.m_fresh == stock.m_end;
+}
+
+// The chunk's blocks that are in nobody's stock go to this one.
+void BeginBlocks(ThreadCache::Stock& stock, Chunk& chunk) {
+    const unsigned count = chunk.m_capacity - chunk.m_begun;
+    const Place first = PlaceOf(OffsetOf(MemoryOf(chunk), Region()));
+    stock.m_step = SizeOf(chunk.m_class) / kUnit;
+    stock.m_fresh = first + chunk.m_begun * stock.m_step;
+    stock.m_end = first + chunk.m_capacity * stock.m_step;
+    chunk.m_begun = chunk.m_capacity;
     chunk.m_out = static_cast<std::uint16_t>(chunk.m_out + count);
-    return first;
 }
 
-Place Chained(char* first, unsigned count, unsigned size) {
-    const Place place = PlaceOf(OffsetOf(first, Region()));
-    for (unsigned i = 1; i < count; ++i, first += size) SetNext(first, place + i * size / kUnit);
-    SetNext(first, 0);
-    return place;
+// The reverse.
+void ReturnFresh(ThreadCache::Stock& stock) {
+    if (stock.m_fresh == stock.m_end) return;
+    const unsigned count = (stock.m_end - stock.m_fresh) / stock.m_step;
+    Chunk& chunk = *stock.m_current;
+    chunk.m_begun = static_cast<std::uint16_t>(chunk.m_begun - count);
+    chunk.m_out = static_cast<std::uint16_t>(chunk.m_out - count);
+    stock.m_fresh = stock.m_end;
 }
 
-// A list that has run empty; outside the lock.
+// A stock that has run empty; outside the lock.
 bool Refill(ThreadCache& cache, unsigned sizeClass) {
     ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
     Chunk* chunk = stock.m_current;
@@ -180,10 +190,7 @@ bool Refill(ThreadCache& cache, unsigned sizeClass) {
         stock.m_list = std::exchange(chunk->m_free, 0);
         chunk->m_out = chunk->m_begun;
     } else {
-        const unsigned size = SizeOf(sizeClass);
-        const unsigned atOnce = std::max(kPage / size, 1U);
-        const unsigned count = std::min<unsigned>(chunk->m_capacity - chunk->m_begun, atOnce);
-        stock.m_list = Chained(BeginBlocks(*chunk, count), count, size);
+        BeginBlocks(stock, *chunk);
     }
     return true;
 }
@@ -271,6 +278,7 @@ void Drain(ThreadCache& cache) {
         }
         ThreadCache::Stock& stock = cache.m_stocks[i];
         PutAll(cache, std::exchange(stock.m_list, 0));
+        ReturnFresh(stock);
         stock.m_current = nullptr;
     }
     for (Chunk*& each : cache.m_available) HandOver(cache, each);
@@ -322,8 +330,8 @@ void* TakeSlowly(unsigned sizeClass) {
     ThreadCache& cache = *hand->m_cache;
     if (cache.m_away.load(std::memory_order_relaxed) != 0) PutAway(cache, TakeAway(cache));
     ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
-    if (stock.m_list == 0 && !Refill(cache, sizeClass)) return nullptr;
-    return PopList(stock, hand->m_region);
+    if (IsEmpty(stock) && !Refill(cache, sizeClass)) return nullptr;
+    return stock.m_list ? PopList(stock, hand->m_region) : PopFresh(stock, hand->m_region);
 }
 
 bool GiveBackSlowly(void* block) {

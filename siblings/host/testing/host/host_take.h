@@ -22,11 +22,17 @@ inline void* Take(std::size_t size) {
     return TakeElsewhere(size);
 }
 
-// Never null, and blocks lie close together.
-inline void* TakePacked(std::size_t size) {
+// Null if the library is to be asked.
+inline void* PackedFromHand(std::size_t size) {
     if constexpr (small_heap::kHandIsNear)
         if (IsSmall(size)) [[likely]]
-            if (void* const block = FromHand(ClassOf(size))) return block;
+            return FromHand(ClassOf(size));
+    return nullptr;
+}
+
+// Never null, and blocks lie close together.
+inline void* TakePacked(std::size_t size) {
+    if (void* const block = PackedFromHand(size)) return block;
     return TakePackedElsewhere(size);
 }
 

@@ -74,7 +74,7 @@ struct alignas(kRecord) Chunk {
     std::uint8_t m_first;   // blocks before it are not used: those of the bytes for cells
     bool m_available;       // on the owner's list of such, which has blocks; else among the others
     std::uint16_t m_out;    // blocks with users, or on the owner's list; the first ones too
-    std::uint16_t m_begun;  // the others, at the end, have not been used yet
+    std::uint16_t m_begun;  // the others, at the end, are in nobody's stock
     std::uint16_t m_capacity;
     std::atomic<ThreadCache*> m_owner;  // null: the chunk is not in use. Changes under the lock
     Chunk* m_next;
@@ -88,7 +88,10 @@ struct ThreadCache {
     struct Stock {
         Chunk* m_current;  // null or among the others
         Place m_list;      // free blocks of the current chunk
-        bool m_giving;     // rather than taking, when it last came here from the hand
+        Place m_fresh;     // its blocks that have not been used yet, all of them out: from here on
+        Place m_end;
+        Place m_step;   // from one to the next
+        bool m_giving;  // rather than taking, when it last came here from the hand
     };
     Hand* m_hand;  // null: the central cache
     Stock m_stocks[kClasses];
@@ -154,6 +157,11 @@ inline char* PopList(ThreadCache::Stock& stock, char* region) {
     stock.m_list = NextOf(block);
     return block;
 }
+inline char* PopFresh(ThreadCache::Stock& stock, char* region) {
+    char* const block = At(region, stock.m_fresh);
+    stock.m_fresh += stock.m_step;
+    return block;
+}
 
 // Null if that takes more; then TakeSlowly. Who takes one block after the other finds every second
 // one in hand; who gives them back finds the hand empty for every second one.
@@ -167,13 +175,16 @@ inline void* Take(unsigned sizeClass) {
     if (hand.m_reach == 0) [[unlikely]]
         return nullptr;
     ThreadCache::Stock& stock = hand.m_cache->m_stocks[sizeClass];
-    if (stock.m_list == 0) [[unlikely]]
+    const bool one = std::exchange(stock.m_giving, false);
+    if (stock.m_list != 0) {
+        char* const block = PopList(stock, hand.m_region);
+        if (!one && stock.m_list != 0) inHand = PopList(stock, hand.m_region);
+        return block;
+    }
+    if (stock.m_fresh == stock.m_end) [[unlikely]]
         return nullptr;
-    char* const block = PopList(stock, hand.m_region);
-    if (stock.m_giving)
-        stock.m_giving = false;
-    else if (stock.m_list != 0) [[likely]]
-        inHand = PopList(stock, hand.m_region);
+    char* const block = PopFresh(stock, hand.m_region);
+    if (!one && stock.m_fresh != stock.m_end) inHand = PopFresh(stock, hand.m_region);
     return block;
 }
 
@@ -183,6 +194,27 @@ inline void PutOwn(ThreadCache& owner, Chunk& chunk, void* block, std::size_t of
     chunk.m_free = PlaceOf(offset);
     if (--chunk.m_out == chunk.m_first || before == 0) [[unlikely]]
         Settle(owner, chunk);
+}
+
+// Two blocks of that stock's size. False if they are not of one chunk that the cache uses.
+inline bool PutTwo(ThreadCache& cache, ThreadCache::Stock& stock, char* region, void* first,
+                   void* second) {
+    const std::size_t offset = OffsetOf(second, region);
+    const std::size_t offsetOfFirst = OffsetOf(first, region);
+    if ((offset ^ offsetOfFirst) >> kChunkShift != 0) return false;
+    Chunk& chunk = ChunkOf(region, offset);
+    const bool current = &chunk == stock.m_current;
+    if (!current && chunk.m_owner.load(std::memory_order_relaxed) != &cache) return false;
+    Place& list = current ? stock.m_list : chunk.m_free;
+    const Place before = list;
+    SetNext(first, before);
+    SetNext(second, PlaceOf(offsetOfFirst));
+    list = PlaceOf(offset);
+    if (current) return true;
+    chunk.m_out = static_cast<std::uint16_t>(chunk.m_out - 2);
+    if (chunk.m_out == chunk.m_first || before == 0) [[unlikely]]
+        Settle(cache, chunk);
+    return true;
 }
 
 // By the cache's thread.
@@ -212,6 +244,7 @@ inline void PutInHand(Hand& hand, void* block, unsigned sizeClass) {
     ThreadCache::Stock& stock = cache.m_stocks[sizeClass];
     if (stock.m_giving) {
         inHand = nullptr;
+        if (PutTwo(cache, stock, hand.m_region, before, block)) return;
         Put(cache, before);
         Put(cache, block);
     } else {
