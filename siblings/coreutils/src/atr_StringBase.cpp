@@ -18,19 +18,25 @@ constexpr int kShort = 1024;
                      __LINE__);
 }
 
-// Unshared and terminated, of length 0. Blocks are whole multiples of 8 bytes.
-atr_StringRecord* NewRecord(int capacity) {
-    const std::size_t text = std::max<std::size_t>(static_cast<std::size_t>(capacity) + 1, 8);
-    const std::size_t wanted = sizeof(atr_StringRecord) + text;
-    const std::size_t block = (wanted + 7) & ~std::size_t{7};
-    const std::size_t room = block - sizeof(atr_StringRecord) - 1;
-    void* const memory = host_heap::TakePacked(block);
-    auto* const rep = ::new (memory) atr_StringRecord;
+// Of a record for that many bytes: whole multiples of 8, and 8 for the text at least.
+constexpr std::size_t BlockSize(int capacity) {
+    const std::size_t text = static_cast<std::size_t>(std::max(capacity, 7)) + 1;
+    return (sizeof(atr_StringRecord) + text + 7) & ~std::size_t{7};
+}
+
+// Unshared; the caller writes a text of that length and its terminator.
+inline atr_StringRecord* RecordIn(void* block, std::size_t size, int length) {
+    const std::size_t room = size - sizeof(atr_StringRecord) - 1;
+    auto* const rep = ::new (block) atr_StringRecord;
     rep->m_count = 1;
     rep->m_capacity = static_cast<std::int32_t>(std::min<std::size_t>(room, INT_MAX));
-    rep->m_length = 0;
-    std::memset(rep->Text(), 0, 8);
+    rep->m_length = length;
+    if (length < 8) std::memset(rep->Text(), 0, 8);
     return rep;
+}
+atr_StringRecord* NewRecord(int capacity, int length) {
+    const std::size_t size = BlockSize(capacity);
+    return RecordIn(host_heap::TakePacked(size), size, length);
 }
 
 // As memmove, for n from 0 on and a source that is null if n is 0.
@@ -40,16 +46,15 @@ void Move(char* to, const char* from, int n) {
 
 // Of between `size` and twice as many bytes.
 template <std::size_t size>
-void CopyEnds(char* to, const char* from, std::size_t n) {
+inline void CopyEnds(char* to, const char* from, std::size_t n) {
     std::memcpy(to, from, size);
     std::memcpy(to + n - size, from + n - size, size);
 }
 
 // To another place. Names are short, and for them a call costs more than the bytes.
-void Copy(char* to, const char* from, int count) {
-    if (count <= 0) return;
+constexpr int kName = 128;
+inline void CopyName(char* to, const char* from, int count) {
     const auto n = static_cast<std::size_t>(count);
-    if (n > 128) return static_cast<void>(std::memcpy(to, from, n));
     if (n >= 64) return CopyEnds<64>(to, from, n);
     if (n >= 32) return CopyEnds<32>(to, from, n);
     if (n >= 16) return CopyEnds<16>(to, from, n);
@@ -58,24 +63,35 @@ void Copy(char* to, const char* from, int count) {
     to[0] = from[0];
     if (n > 1) CopyEnds<2>(to, from, n);
 }
-
-atr_StringRecord* RecordOf(const char* s, int n) {
-    if (n <= 0) return nullptr;
-    atr_StringRecord* const rep = NewRecord(n);
-    Copy(rep->Text(), s, n);
-    rep->Text()[n] = '\0';
-    rep->m_length = n;
-    return rep;
+void Copy(char* to, const char* from, int count) {
+    if (count > kName)
+        std::memcpy(to, from, static_cast<std::size_t>(count));
+    else if (count > 0)
+        CopyName(to, from, count);
 }
 
-// Not inlined: this compiler would warn of lengths that a number's text cannot have.
-[[gnu::noinline]] atr_StringRecord* RecordOfDigits(const char* s, int n) { return RecordOf(s, n); }
+// Not inlined: else the short way of a constructor would save registers for this one, and this
+// compiler would warn of lengths that a number's text cannot have.
+[[gnu::noinline]] atr_StringRecord* RecordOf(const char* s, int n) {
+    if (!s || n <= 0) return nullptr;
+    atr_StringRecord* const rep = NewRecord(n, n);
+    Copy(rep->Text(), s, n);
+    rep->Text()[n] = '\0';
+    return rep;
+}
 
 template <class Number>
 atr_StringRecord* RecordOfNumber(Number value) {
     char text[32];
     const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
-    return RecordOfDigits(text, static_cast<int>(end.ptr - text));
+    return RecordOf(text, static_cast<int>(end.ptr - text));
+}
+
+// The capacity for a text that is changed while others share it.
+int RoomToAddTo(int length, int newLength) {
+    // A copy to which is added will often get more.
+    const bool grows = length > 0 && newLength > length && newLength < kShort;
+    return grows ? newLength + newLength / 2 : newLength;
 }
 
 // How many bytes a text has from `from` on, at most n.
@@ -98,8 +114,18 @@ int atr_StringBase::TextLength(const char* s) { return LengthOf(s); }
 
 atr_StringBase::atr_StringBase(const char* s) : atr_StringBase(s, TextLength(s)) {}
 
-atr_StringBase::atr_StringBase(const char* s, int n) : atr_StringBase() {
-    Install(RecordOf(s, !s ? 0 : n == INT_MAX ? TextLength(s) : n));
+atr_StringBase::atr_StringBase(const char* s, int n) {
+    if (s && n > 0 && n <= kName) [[likely]] {
+        const std::size_t size = BlockSize(n);
+        if (void* const block = host_heap::PackedFromHand(size)) [[likely]] {
+            m_rep = RecordIn(block, size, n);
+            m_data = m_rep->Text();
+            CopyName(m_data, s, n);
+            m_data[n] = '\0';
+            return;
+        }
+    }
+    Install(RecordOf(s, s && n == INT_MAX ? TextLength(s) : n));
 }
 
 atr_StringBase::atr_StringBase(int value) : atr_StringBase() { Install(RecordOfNumber(value)); }
@@ -107,7 +133,7 @@ atr_StringBase::atr_StringBase(float value) : atr_StringBase() { Install(RecordO
 atr_StringBase::atr_StringBase(double value) : atr_StringBase() { Install(RecordOfNumber(value)); }
 
 atr_StringBase::atr_StringBase(int n, PreSizeEnm) : atr_StringBase() {
-    if (n > 0) Install(NewRecord(n));
+    if (n > 0) Install(NewRecord(n, 0));
 }
 
 atr_StringBase& atr_StringBase::operator=(const char* s) {
@@ -119,10 +145,9 @@ char& atr_StringBase::operator[](int pos) {
     const int length = Length();
     if (pos < 0 || pos > length) RaiseOutOfText();
     if (!Exclusive()) {
-        atr_StringRecord* const rep = NewRecord(length);
+        atr_StringRecord* const rep = NewRecord(length, length);
         Copy(rep->Text(), m_data, length);
         rep->Text()[length] = '\0';
-        rep->m_length = length;
         DropReference();
         Install(rep);
     }
@@ -152,8 +177,8 @@ void atr_StringBase::append(const char* s, int length, int from, int n) {
     const int start = std::clamp(from, 0, length);
     const int added = Available(length, start, n);
     const int end = Length();
-    if (Exclusive() && added <= m_rep->m_capacity - end) {
-        Copy(m_data + end, s + start, added);
+    if (added > 0 && added <= kName && Exclusive() && added <= m_rep->m_capacity - end) {
+        CopyName(m_data + end, s + start, added);
         m_data[end + added] = '\0';
         m_rep->m_length = end + added;
     } else {
@@ -221,6 +246,15 @@ void atr_StringBase::Splice(int pos, int removed, const char* s, int added) {
     if (added > INT_MAX - (length - removed)) throw std::bad_alloc();
     const int newLength = length - removed + added;
 
+    if (pos == length && !Exclusive()) {
+        atr_StringRecord* const rep = NewRecord(RoomToAddTo(length, newLength), newLength);
+        Copy(rep->Text(), m_data, length);
+        Copy(rep->Text() + length, s, added);
+        rep->Text()[newLength] = '\0';
+        DropReference();
+        Install(rep);
+        return;
+    }
     if (Exclusive() && newLength <= m_rep->m_capacity) {
         // With nothing behind the changed place, a source in the own text is only read, never
         // moved.
@@ -237,20 +271,17 @@ void atr_StringBase::Splice(int pos, int removed, const char* s, int added) {
 
     atr_StringRecord* rep = nullptr;
     if (newLength > 0) {
-        int capacity = newLength;
+        int capacity = RoomToAddTo(length, newLength);
         if (Exclusive() && newLength > length) {
             const int grown = m_rep->m_capacity;
             capacity = std::max(newLength, grown > INT_MAX / 3 * 2 ? INT_MAX : grown + grown / 2);
-        } else if (length > 0 && newLength > length && newLength < kShort) {
-            capacity += newLength / 2;  // a copy to which is added will often get more
         }
-        rep = NewRecord(capacity);
+        rep = NewRecord(capacity, newLength);
         char* const text = rep->Text();
         Copy(text, m_data, pos);
         Copy(text + pos, s, added);
         Copy(text + pos + added, m_data + pos + removed, tail);
         text[newLength] = '\0';
-        rep->m_length = newLength;
     }
     DropReference();
     Install(rep);
