@@ -49,7 +49,13 @@ class cow_ListBlock {
     }
 
     // Elements first..last-1 are copies of those of `from` at the same places.
-    static cow_ListBlock* New(int shift, const T* from = nullptr, int first = 0, int last = 0);
+    static cow_ListBlock* New(int shift, const T* from, int first, int last);
+    static cow_ListBlock* New(int shift) {
+        constexpr int kFirst = 4;  // nearly all blocks, and of a size that the compiler knows
+        if (std::is_trivially_copyable_v<T> && shift == kFirst)
+            return ::new (mem_Malloc(Head() + (sizeof(T) << kFirst))) cow_ListBlock();
+        return New(shift, nullptr, 0, 0);
+    }
     void Release(int shift) {
         if (--m_count == 0) Delete(shift);
     }
@@ -161,10 +167,12 @@ public:
         return UncheckedGet(i);
     }
     T& UncheckedGet(int i) {
-        Block* const* const entry = m_table + ((m_offset + i) >> m_blockShift);
-        if (*m_tableCount != 1 || !*entry || (*entry)->m_count != 1) [[unlikely]]
-            MakeWritable(i);
-        return *Cell(i);
+        const unsigned position = static_cast<unsigned>(m_offset + i);
+        const unsigned slot = position >> m_blockShift;
+        const Block* const block = m_table[slot];
+        if (*m_tableCount == 1 && block && block->m_count == 1) [[likely]]
+            return block->Elements()[position - (slot << m_blockShift)];
+        return MakeWritable(i);
     }
 
     // Ends the process unless 0 <= i < Length(). For a loop over the unchecked accessors: test
@@ -201,21 +209,13 @@ public:
     // Append and Prepend add at either end, O(1) on average, and move no element; v may be an
     // element. AppendUnlessMember looks for v first, with ==: O(n).
     cow_List& Append(const T& v) {
-        // The slot behind the last element is nearly always there and private; the test for the
-        // table is that Resize would leave it as it is.
         const int length = m_length;
-        const unsigned position = static_cast<unsigned>(m_offset + length);
-        const unsigned slot = position >> m_blockShift;
-        if (*m_tableCount == 1 && (slot | 15) + 1 == static_cast<unsigned>(m_tableSlots) &&
-            position != kLastPosition) [[likely]] {
-            const Block* const block = m_table[slot];
-            if (block && block->m_count == 1) [[likely]] {
-                block->Elements()[position - (slot << m_blockShift)] = v;
-                m_length = length + 1;
-                return *this;
-            }
-        }
-        return OutOfLine(v, &cow_List::AppendToNewSlot);
+        if (!IsInTail(length)) [[unlikely]]
+            MakeTail();
+        const TableHead& head = *TableHead::Of(m_table);
+        head.m_tail[static_cast<unsigned>(m_offset + length) - head.m_tailFirst] = v;
+        m_length = length + 1;
+        return *this;
     }
     cow_List& AppendUnlessMember(const T& v) { return IsMember(v) ? *this : Append(v); }
     cow_List& Prepend(const T& v) {
@@ -278,10 +278,46 @@ private:
 
     static constexpr int kLastPosition = 2147483647;
 
+    // Stands right before the slots of a table. The tail is a block that only this table refers to,
+    // the one where Append wrote last: while the table is private, Append may write at any of its
+    // positions, and Resize would leave the table as it is. Whatever shares or drops blocks, moves
+    // them to other positions or changes the number of slots forgets the tail.
+    struct TableHead {
+        T* m_tail;
+        std::uint32_t m_tailFirst;  // position of its first element
+        std::uint32_t m_tailSize;   // 0: there is no tail
+        std::int32_t m_before;      // unused slots in front of this head
+        std::int32_t m_room;  // slots from the first one of the table to the end of the memory
+
+        static TableHead* Of(Block** table) { return reinterpret_cast<TableHead*>(table) - 1; }
+        void* Memory() { return reinterpret_cast<void**>(this) - m_before; }
+        static std::size_t Bytes(int slots) {
+            return sizeof(TableHead) + static_cast<std::size_t>(slots) * sizeof(void*);
+        }
+        // The slots of a table in this memory.
+        static Block** Start(void* memory, int before, int room) {
+            void** const head = static_cast<void**>(memory) + before;
+            return reinterpret_cast<Block**>(::new (head) TableHead{nullptr, 0, 0, before, room} +
+                                             1);
+        }
+    };
+    // Whether element i, or the one behind the last, may be written in the tail.
+    bool IsInTail(int i) const {
+        if (!m_table || *m_tableCount != 1) [[unlikely]]
+            return false;
+        const TableHead& head = *TableHead::Of(m_table);
+        return static_cast<unsigned>(m_offset + i) - head.m_tailFirst < head.m_tailSize;
+    }
+    void MakeTail();  // of the block for the next element
+    void ForgetTail() const {
+        if (m_table) TableHead::Of(m_table)->m_tailSize = 0;
+    }
+
+    // Of a position, its place in the block. A loop that reads computes this once.
+    static unsigned Mask(int shift) { return (1u << shift) - 1; }
     static T* Cell(Block* const* table, int shift, int offset, int i) {
         const unsigned position = static_cast<unsigned>(offset + i);
-        const unsigned slot = position >> shift;
-        return table[slot]->Elements() + (position - (slot << shift));
+        return table[position >> shift]->Elements() + (position & Mask(shift));
     }
     T* Cell(int i) const { return Cell(m_table, m_blockShift, m_offset, i); }
     // The address of element i, in `run` how many of at most n elements lie side by side there.
@@ -322,7 +358,7 @@ private:
     int SlotsFor(std::int64_t n) const;
     cow_List EmptyLikeThis() const;
     Block* CopyOfBlock(int slot, int length) const;
-    void MakeWritable(int i);
+    T& MakeWritable(int i);
     void Grow(std::int64_t n);
     cow_ListCut<T> PrepareCut(int n) const;
     void Truncate(int n, cow_ListCut<T>& cut);
@@ -337,7 +373,6 @@ private:
             return (this->*add)(v);
         }
     }
-    cow_List& AppendToNewSlot(const T& v);
     cow_List& PrependToNewSlot(const T& v);
     cow_List& AppendElements(const cow_List& other, int first, int n);
     template <class Write>

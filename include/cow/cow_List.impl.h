@@ -95,6 +95,7 @@ cow_List<T> cow_List<T>::Slice(int first, int n) const {
     slice.Grow(n);
     std::copy_n(m_table + firstSlot, slots, slice.m_table);
     for (int slot = 0; slot < slots; ++slot) ++slice.m_table[slot]->m_count;
+    ForgetTail();
     slice.m_length = n;
     return slice;
 }
@@ -128,18 +129,21 @@ void cow_List<T>::ReleaseCArray(T* elements, int n) {
 }
 
 template <class T>
-cow_List<T>& cow_List<T>::AppendToNewSlot(const T& v) {
-    const int slot = (m_offset + m_length) >> m_blockShift;
-    if (*m_tableCount == 1 && slot < m_tableSlots && !m_table[slot] &&
-        SlotsFor(std::int64_t{m_length} + 1) == m_tableSlots) {
+void cow_List<T>::MakeTail() {
+    const unsigned position = static_cast<unsigned>(m_offset + m_length);
+    const unsigned slot = position >> m_blockShift;
+    const bool fits =
+        (slot | 15) + 1 == static_cast<unsigned>(m_tableSlots);  // as Resize leaves it
+    if (fits && *m_tableCount == 1 && !m_table[slot] && position != kLastPosition) [[likely]] {
         m_table[slot] = Block::New(m_blockShift);
     } else {
         Grow(std::int64_t{m_length} + 1);
         IsolateRange(m_length, m_length);
     }
-    *Cell(m_length) = v;
-    ++m_length;
-    return *this;
+    TableHead& head = *TableHead::Of(m_table);
+    head.m_tail = m_table[slot]->Elements();
+    head.m_tailFirst = slot << m_blockShift;
+    head.m_tailSize = std::min(1u << m_blockShift, kLastPosition - head.m_tailFirst);
 }
 
 template <class T>

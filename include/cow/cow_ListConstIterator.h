@@ -97,7 +97,7 @@ private:
         const int position = m_list->m_offset + static_cast<int>(index) - behind;
         const int shift = m_list->m_blockShift;
         m_slot = position >> shift;
-        const T* const block = m_list->m_table[m_slot]->m_data;
+        const T* const block = m_list->m_table[m_slot]->Elements();
         m_item = block + (position - (m_slot << shift)) + behind;
         m_blockEnd = block + (std::ptrdiff_t{1} << shift);
     }
@@ -106,7 +106,7 @@ private:
         const int last = m_list->m_offset + (m_list->m_length - 1);
         const int shift = m_list->m_blockShift;
         if (m_slot == last >> shift) return;
-        m_item = m_list->m_table[++m_slot]->m_data;
+        m_item = m_list->m_table[++m_slot]->Elements();
         m_blockEnd = m_item + (std::ptrdiff_t{1} << shift);
     }
 

@@ -18,23 +18,8 @@ struct cow_FreeBlock {
 
 namespace cow_list_detail {
 
-// Stands right before the slots of a table: how far those could go on in the memory on both sides.
-// The room before them is for Prefix, which else would move a long table at each of its steps.
-struct TableHead {
-    std::int32_t m_before;  // unused slots in front of this head
-    std::int32_t m_room;    // slots from the first one of the table to the end of the memory
-
-    static TableHead* Of(void* table) { return static_cast<TableHead*>(table) - 1; }
-    void* Memory() { return reinterpret_cast<void**>(this) - m_before; }
-    static std::size_t Bytes(int slots) {
-        return sizeof(TableHead) + static_cast<std::size_t>(slots) * sizeof(void*);
-    }
-    static int RoomBefore(int slots) { return slots / 8 / 16 * 16; }
-    static void** Start(void* memory, int before, int room) {
-        void** const head = static_cast<void**>(memory) + before;
-        return reinterpret_cast<void**>(::new (head) TableHead{before, room} + 1);
-    }
-};
+// Unused slots before a long table are for Prefix, which else would move it at each of its steps.
+inline int RoomBefore(int slots) { return slots / 8 / 16 * 16; }
 
 // The slots grow by 16, their memory by an eighth: else a long list would copy its table at every
 // sixteenth block.
@@ -125,6 +110,7 @@ void cow_List<T>::CopyArray() {
         table[slot] = m_table[slot];
         if (table[slot]) ++table[slot]->m_count;
     }
+    ForgetTail();
     --*m_tableCount;
     m_tableCount = ::new (count.release()) std::int32_t(1);
     m_table = table;
@@ -148,7 +134,6 @@ void cow_List<T>::IsolateRange(int a, int b) {
 // Where the memory has room before the table, that begins earlier instead of moving its blocks.
 template <class T>
 void cow_List<T>::Prefix() {
-    using cow_list_detail::TableHead;
     if (m_offset != 0) {
         CopyArray();
         return;
@@ -162,11 +147,12 @@ void cow_List<T>::Prefix() {
     if (offset + m_length > kLastPosition) throw std::bad_alloc();
     CopyArray();
     constexpr int kShort = 128;  // slots; moved without keeping room
-    const TableHead head = m_table ? *TableHead::Of(m_table) : TableHead{0, 0};
+    ForgetTail();
+    const TableHead head = m_table ? *TableHead::Of(m_table) : TableHead{};
     const bool slides = head.m_before >= added;
     Block** fresh = nullptr;
     if (!slides && (slots > kShort || slots > head.m_room))
-        fresh = NewTable(slots, slots > kShort ? TableHead::RoomBefore(slots) : 0);
+        fresh = NewTable(slots, slots > kShort ? cow_list_detail::RoomBefore(slots) : 0);
     for (int slot = used; slot < m_tableSlots; ++slot)
         if (m_table[slot]) m_table[slot]->Release(m_blockShift);
     if (fresh) {
@@ -174,8 +160,8 @@ void cow_List<T>::Prefix() {
         FreeTable(m_table);
         m_table = fresh;
     } else if (slides) {
-        m_table = reinterpret_cast<Block**>(TableHead::Start(
-            TableHead::Of(m_table)->Memory(), head.m_before - added, head.m_room + added));
+        m_table = TableHead::Start(TableHead::Of(m_table)->Memory(), head.m_before - added,
+                                   head.m_room + added);
         std::fill_n(m_table, added, nullptr);
     } else {
         std::copy_backward(m_table, m_table + used, m_table + slots);
@@ -195,31 +181,29 @@ void cow_List<T>::DeleteTable() {
 
 template <class T>
 cow_ListBlock<T>** cow_List<T>::NewTable(int slots, int slotsBefore) {
-    using cow_list_detail::TableHead;
     if (slots == 0) return nullptr;
     const int room = cow_list_detail::TableRoom(slots);
-    Block** const table = reinterpret_cast<Block**>(
-        TableHead::Start(mem_Malloc(TableHead::Bytes(slotsBefore + room)), slotsBefore, room));
+    Block** const table =
+        TableHead::Start(mem_Malloc(TableHead::Bytes(slotsBefore + room)), slotsBefore, room);
     std::fill_n(table, slots, nullptr);
     return table;
 }
 
 template <class T>
 void cow_List<T>::FreeTable(Block** table) {
-    if (table) mem_Free(cow_list_detail::TableHead::Of(table)->Memory());
+    if (table) mem_Free(TableHead::Of(table)->Memory());
 }
 
 // Gives a private table, which there must be, memory for `slots`: what there is if it is not too
 // large by far.
 template <class T>
 void cow_List<T>::FitTable(int slots) {
-    using cow_list_detail::TableHead;
     TableHead* const head = TableHead::Of(m_table);
     const int room = cow_list_detail::TableRoom(slots);
     if (slots <= head->m_room && head->m_room / 2 <= room) return;
     const int before = head->m_before;
     void* const memory = mem_Realloc(head->Memory(), TableHead::Bytes(before + room));
-    m_table = reinterpret_cast<Block**>(TableHead::Start(memory, before, room));
+    m_table = TableHead::Start(memory, before, room);
 }
 
 // The slots of a table that Resize(n) leaves.
@@ -251,9 +235,10 @@ cow_ListBlock<T>* cow_List<T>::CopyOfBlock(int slot, int length) const {
 }
 
 template <class T>
-void cow_List<T>::MakeWritable(int i) {
+T& cow_List<T>::MakeWritable(int i) {
     CopyArray();
     IsolateRange(i, i);
+    return *Cell(i);
 }
 
 // Resize where no element goes: a private table with the slots for n elements.
@@ -262,6 +247,7 @@ void cow_List<T>::Grow(std::int64_t n) {
     const int slots = SlotsFor(n);
     CopyArray();
     if (slots == m_tableSlots) return;
+    ForgetTail();
     for (int slot = slots; slot < m_tableSlots; ++slot) {
         if (m_table[slot]) m_table[slot]->Release(m_blockShift);
         m_table[slot] = nullptr;
@@ -282,7 +268,6 @@ void cow_List<T>::Grow(std::int64_t n) {
 // For Truncate(n) on a private table.
 template <class T>
 cow_ListCut<T> cow_List<T>::PrepareCut(int n) const {
-    using cow_list_detail::TableHead;
     cow_ListCut<T> cut;
     if (const int slots = SlotsFor(n); slots != 0) {
         const int room = cow_list_detail::TableRoom(slots);
@@ -302,7 +287,6 @@ cow_ListCut<T> cow_List<T>::PrepareCut(int n) const {
 // cut, and then nothing has changed.
 template <class T>
 void cow_List<T>::Truncate(int n, cow_ListCut<T>& cut) {
-    using cow_list_detail::TableHead;
     const int slots = SlotsFor(n);
     const std::int64_t blockSize = std::int64_t{1} << m_blockShift;
     const std::int64_t end = std::int64_t{m_offset} + n;
@@ -323,6 +307,11 @@ void cow_List<T>::Truncate(int n, cow_ListCut<T>& cut) {
         if (m_table[slot]) m_table[slot]->Release(m_blockShift);
         m_table[slot] = nullptr;
     }
+    if (m_table) {
+        const TableHead& head = *TableHead::Of(m_table);
+        const bool dropped = head.m_tailFirst >> m_blockShift >= static_cast<unsigned>(used);
+        if (dropped || slots != m_tableSlots) ForgetTail();
+    }
     m_length = n;
     if (n == 0) {
         m_offset = 0;
@@ -332,8 +321,8 @@ void cow_List<T>::Truncate(int n, cow_ListCut<T>& cut) {
         FreeTable(m_table);
         m_table = nullptr;
     } else if (cut.m_memory) {
-        Block** const table = reinterpret_cast<Block**>(
-            TableHead::Start(cut.m_memory.release(), 0, cow_list_detail::TableRoom(slots)));
+        Block** const table =
+            TableHead::Start(cut.m_memory.release(), 0, cow_list_detail::TableRoom(slots));
         std::copy_n(m_table, std::min(slots, m_tableSlots), table);
         FreeTable(m_table);
         m_table = table;
