@@ -31,6 +31,28 @@ struct CLibrary {
 
 constexpr std::size_t kMany = 1000000;
 
+// Blocks of four bytes side by side, linked through their memory when they are given back; begun
+// anew when the last of kMany is back. Nothing is tested or found out.
+struct Bare {
+    static constexpr const char* kWho = "floor::links";
+    static void* Take(std::size_t) { return s_next++; }
+    static void GiveBack(void* block) {
+        auto* const back = static_cast<std::uint32_t*>(block);
+        *back = s_back;
+        s_back = static_cast<std::uint32_t>(back - s_blocks.data());
+        if (--s_out == 0) {
+            s_out = kMany;
+            s_next = s_blocks.data();
+        }
+    }
+
+private:
+    static inline std::vector<std::uint32_t> s_blocks = std::vector<std::uint32_t>(kMany);
+    static inline std::uint32_t* s_next = s_blocks.data();
+    static inline std::uint32_t s_back = 0;
+    static inline std::size_t s_out = kMany;
+};
+
 // A block taken and given back at once, as the count of a handle that lives for a call.
 template <class Heap>
 void TinyPair(benchmark::State& state) {
@@ -95,9 +117,13 @@ void Sizes(benchmark::internal::Benchmark* b) { b->ArgName("bytes")->Arg(4)->Arg
 void ManySizes(benchmark::internal::Benchmark* b) {
     b->ArgName("bytes")->Arg(4)->Arg(32)->Unit(benchmark::kMillisecond);
 }
+void ManyOfFour(benchmark::internal::Benchmark* b) {
+    b->ArgName("bytes")->Arg(4)->Unit(benchmark::kMillisecond);
+}
 
 KZM_WORKLOAD(TinyPair, Sizes, Tiny, General, CLibrary);
 KZM_WORKLOAD(TinyBulk, ManySizes, Tiny, General, CLibrary);
+KZM_WORKLOAD(TinyBulk, ManyOfFour, Bare);
 KZM_WORKLOAD(TinyScattered, ManySizes, Tiny, General, CLibrary);
 
 }  // namespace

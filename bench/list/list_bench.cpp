@@ -1,8 +1,14 @@
 // The list by value beside the standard sequences and the shared ones of Qt: what lists are made
 // for, and what the sharing costs where nothing shares.
 #include <cow/cow_List.h>
+#include <interop/cow_span.h>
 
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <cstring>
 #include <deque>
+#include <memory>
 #include <vector>
 
 #include "support/keys.h"
@@ -33,6 +39,13 @@ public:
     static constexpr const char* kWho = "cow_List(sized)";
     explicit SizedList(std::size_t n)
         : List(cow_List<int>(cow_ListConstruct(), static_cast<int>(n))) {}
+};
+
+// Walked as runs of elements that lie side by side.
+class ListRuns : public List {
+public:
+    static constexpr const char* kWho = "cow_List(runs)";
+    using List::List;
 };
 
 template <class Sequence>
@@ -80,6 +93,84 @@ using QtVector = bench::Missing;
 using QtList = bench::Missing;
 #endif
 
+// Blocks behind a table and nothing that could be shared: what appending to a list comes down to.
+class BareList {
+public:
+    static constexpr const char* kWho = "floor::blocks";
+    explicit BareList(std::size_t) {}
+    BareList(BareList&&) = default;
+    ~BareList() {
+        for (Block* const each : m_table)
+            if (each->m_count == 1) mem_Free(each);
+    }
+    void Append(int v) {
+        if (m_next == m_end) {
+            m_table.push_back(::new (mem_Malloc(sizeof(Block))) Block);
+            m_next = m_table.back()->m_data;
+            m_end = m_next + std::size(m_table.back()->m_elements);
+        }
+        *m_next++ = v;
+        ++m_length;
+    }
+    std::size_t Size() const { return m_length; }
+
+private:
+    struct Block {
+        Block() : m_count(1), m_data(m_elements) {}
+        int m_count;
+        int* m_data;
+        int m_elements[16];
+    };
+    std::vector<Block*> m_table;
+    int* m_next = nullptr;
+    int* m_end = nullptr;
+    std::size_t m_length = 0;
+};
+
+// A list made for its size: a read tests the index and looks for the block; with a copy there, the
+// first write takes another block and copies.
+class BareSized {
+public:
+    static constexpr const char* kWho = "floor::blocks(sized)";
+    explicit BareSized(std::size_t n)
+        : m_shift(std::max(static_cast<int>(std::bit_width(n)) - 4, 4)),
+          m_table(std::make_shared<std::vector<Block>>()) {}
+    void Append(int v) {
+        if (m_length++ % BlockSize() == 0) m_table->push_back(NewBlock());
+        (*m_table).back()[(m_length - 1) % BlockSize()] = v;
+        m_blocks = m_table->data();
+    }
+    std::size_t Size() const { return m_length; }
+    int At(int i) const {
+        const auto place = static_cast<std::size_t>(i);
+        if (place >= m_length) std::abort();
+        return m_blocks[place >> m_shift][place & (BlockSize() - 1)];
+    }
+    void Set(int i, int v) {
+        Block copy = NewBlock();
+        Block& block = (*m_table)[static_cast<std::size_t>(i) >> m_shift];
+        std::memcpy(copy.get(), block.get(), BlockSize() * sizeof(int));
+        block = std::move(copy);
+        block[static_cast<std::size_t>(i) & (BlockSize() - 1)] = v;
+    }
+
+private:
+    struct Free {
+        void operator()(int* block) const { mem_Free(block); }
+    };
+    using Block = std::unique_ptr<int[], Free>;
+
+    std::size_t BlockSize() const { return std::size_t{1} << m_shift; }
+    Block NewBlock() const {
+        return Block(static_cast<int*>(mem_Malloc(BlockSize() * sizeof(int))));
+    }
+
+    int m_shift;
+    std::size_t m_length = 0;
+    std::shared_ptr<std::vector<Block>> m_table;
+    const Block* m_blocks = nullptr;
+};
+
 template <class Sequence>
 Sequence Filled(std::size_t count) {
     Sequence sequence(count);
@@ -93,7 +184,14 @@ Sequence& FilledOnce(const benchmark::State& state) {
 template <class Sequence>
 unsigned Sum(const Sequence& sequence) {
     unsigned sum = 0;
-    for (const int each : sequence) sum += static_cast<unsigned>(each);
+    const auto add = [&](const auto& each) { sum += static_cast<unsigned>(each); };
+    if constexpr (std::is_same_v<Sequence, ListRuns>) {
+        for (const auto& run : cow_ConstRuns(sequence)) std::for_each(run.begin(), run.end(), add);
+    } else if constexpr (requires { sequence.begin(); }) {
+        for (const int each : sequence) add(each);
+    } else {
+        for (std::size_t i = 0; i < sequence.Size(); ++i) add(sequence.At(static_cast<int>(i)));
+    }
     return sum;
 }
 
@@ -220,13 +318,13 @@ void Snapshots(benchmark::internal::Benchmark* b) {
 }
 
 using All = bench::Types<List, SizedList, Vector, Deque, QtVector, QtList>;
-KZM_WORKLOAD(Append, Growth, All, SizedVector);
+KZM_WORKLOAD(Append, Growth, All, SizedVector, BareList);
 KZM_WORKLOAD(Prepend, Elements, List, SizedList, Deque, QtList);
-KZM_WORKLOAD(Iterate, Elements, All);
-KZM_WORKLOAD(ReadRandom, Elements, All);
+KZM_WORKLOAD(Iterate, Elements, All, ListRuns);
+KZM_WORKLOAD(ReadRandom, Elements, All, BareSized);
 KZM_WORKLOAD(WriteRandom, Elements, All);
 KZM_WORKLOAD(CopyDrop, Elements, All);
-KZM_WORKLOAD(SnapshotWrite, Snapshots, All);
+KZM_WORKLOAD(SnapshotWrite, Snapshots, All, BareSized);
 KZM_WORKLOAD(Assign, Elements, All);
 
 }  // namespace
