@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <memory_resource>
 #include <new>
 
@@ -115,9 +116,8 @@ public:
 
     // As the base class says; memory and exceptions are the resource's.
     void* Alloc(unsigned size) override {
-        const std::size_t bytes = kHead + size;
-        if (bytes < size) throw std::bad_alloc();
-        void* const block = m_resource->allocate(bytes, kHead);
+        if (size > std::numeric_limits<std::size_t>::max() - kHead) throw std::bad_alloc();
+        void* const block = m_resource->allocate(kHead + size, kHead);
         *static_cast<unsigned*>(block) = size;
         CountTaken(size);
         return static_cast<char*>(block) + kHead;

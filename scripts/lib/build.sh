@@ -9,7 +9,8 @@ peer_packages=(libabsl-dev qtbase5-dev robin-map-dev libjudy-dev libroaring-dev 
 
 # The test programs that are enough to run all code of the libraries.
 native_tests=(models_test siblings_test cow_test omi_test runtime_test process_test files_test
-    errors_test docs_test docs_fortran dll_test load_test omi_fortran_callers)
+    errors_test interop_test eigen_test docs_test docs_fortran dll_test load_test
+    omi_fortran_callers)
 
 # With the compiler cache, later builds and other clones share what is the same.
 use_ccache() {

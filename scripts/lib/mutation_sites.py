@@ -20,8 +20,8 @@ SPELLED = {"Lt": "<", "Le": "<=", "Gt": ">", "Ge": ">=", "Eq": "==", "Ne": "!=",
 OPEN, CLOSE = "([{", ")]}"
 # What the compiler itself must know, what has no effect when run, and what no release contains.
 NOT_RUN = re.compile(
-    r"\b(?:static_assert|sizeof|alignof|alignas|decltype|noexcept|offsetof|assert|requires|typeid)"
-    r"\s*(?=[({])|\bif constexpr (?=\()|\btemplate\s*(?=<)|\bcase\b[^:;]*:(?!:)"
+    r"\b(?:static_assert|sizeof|alignof|alignas|decltype|offsetof|assert|requires|typeid)"
+    r"\s*(?=[({])|\bnoexcept\s*(?=\()|\bif constexpr (?=\()|\btemplate\s*(?=<)|\bcase\b[^:;]*:(?!:)"
     r"|\b(?:static )?(?:constexpr|constinit|enum|using|typedef) [^;{]*[;{]")
 KEYWORDS = {"return", "break", "continue", "throw", "using", "typedef", "goto", "static", "const",
             "constexpr", "auto", "public", "private", "protected", "co_return", "extern", "friend"}
@@ -95,6 +95,7 @@ class Source:
         self.operators()
         self.constants()
         self.conditions()
+        self.sites = [site for site in self.sites if self.runs[site.at]]
 
     # --- which parts run -----------------------------------------------------------------------
 
@@ -148,7 +149,7 @@ class Source:
             return self.statement(at + len(word), end)
         if word in ("case", "default"):
             return re.compile(r":(?!:)").search(masked, at).end()
-        if word in ("struct", "class", "union"):
+        if word in ("struct", "class", "union") and masked[at:masked.find(";", at)].count("{"):
             close = masked.find(";", matching(masked, masked.find("{", at)))
             self.declarations(at, close)
             return close + 1
@@ -218,8 +219,7 @@ class Source:
     # --- what is changed -----------------------------------------------------------------------
 
     def add(self, at, what, inserts, change):
-        if self.runs[at]:
-            self.sites.append(Site(self.path, self.text, at, what, inserts, change))
+        self.sites.append(Site(self.path, self.text, at, what, inserts, change))
 
     def operators(self):
         for match in re.finditer(r"(?<=[\w)\]\"'])(\s+)([-+*/%&|^]|<<|>>|[<>]=?|[=!]=)(?=\s)",

@@ -109,8 +109,8 @@ void omi_GeneratedSet::MakeRoom(int more) {
     if (more > INT_MAX - count) throw std::bad_alloc();
     if (count + more <= std::min({m_starts.Capacity(), m_ends.Capacity(), m_steps.Capacity()}))
         return;
-    const int grown = count > INT_MAX / 3 * 2 ? INT_MAX : count + count / 2;
-    const int capacity = std::max({count + more, grown, 4});
+    const std::int64_t grown = std::min<std::int64_t>(std::int64_t{count} + count / 2, INT_MAX);
+    const int capacity = std::max({count + more, static_cast<int>(grown), 4});
     m_starts.Reserve(capacity);
     m_ends.Reserve(capacity);
     m_steps.Reserve(capacity);

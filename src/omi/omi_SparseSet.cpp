@@ -24,8 +24,8 @@ bool Contains(const int* first, const int* last, int v) {
 }
 
 // The next multiple of 1024 from n on.
-int RoundedCapacity(int n) {
-    const std::int64_t rounded = (std::int64_t{n} + 1023) / 1024 * 1024;
+int RoundedCapacity(std::int64_t n) {
+    const std::int64_t rounded = (n + 1023) / 1024 * 1024;
     return static_cast<int>(std::min<std::int64_t>(rounded, INT_MAX));
 }
 
@@ -73,7 +73,7 @@ bool omi_SparseSet::operator==(const omi_SparseSet& other) const {
 }
 
 void omi_SparseSet::MakeUnique() const {
-    if (m_unique || m_count < 2) return;
+    if (m_unique) return;
     int* const values = m_values.Data();
     int* const end = values + m_count;
     if (std::adjacent_find(values, end, std::greater_equal<int>()) == end) {
@@ -137,7 +137,7 @@ void omi_SparseSet::ReserveAdditional(int n) {
     if (n > INT_MAX - m_count) throw std::bad_alloc();
     const int room = m_values.Capacity();
     const int needed = RoundedCapacity(m_count + n);
-    const int grown = room > INT_MAX / 3 * 2 ? INT_MAX : RoundedCapacity(room + room / 2);
+    const int grown = RoundedCapacity(std::int64_t{room} + room / 2);
     if (needed > room && grown > needed) {
         try {
             m_values.Reserve(grown);

@@ -152,19 +152,13 @@ std::string NativePath(const char* path) {
 bool AskPath(PathQuestion question, const char* path) {
     const std::string name = NativePath(path);
     struct stat status;
-    switch (question) {
-        case PathQuestion::kExists:
-            return access(name.c_str(), F_OK) == 0;
-        case PathQuestion::kIsDirectory:
-            return stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-        case PathQuestion::kIsReadable:
-            return access(name.c_str(), R_OK) == 0;
-        case PathQuestion::kIsWriteable:
-            return access(name.c_str(), W_OK) == 0;
-        case PathQuestion::kIsExecutable:
-            return access(name.c_str(), X_OK) == 0;
-    }
-    return false;
+    if (question == PathQuestion::kIsDirectory)
+        return stat(name.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+    const int access = question == PathQuestion::kIsReadable     ? R_OK
+                       : question == PathQuestion::kIsWriteable  ? W_OK
+                       : question == PathQuestion::kIsExecutable ? X_OK
+                                                                 : F_OK;
+    return ::access(name.c_str(), access) == 0;
 }
 
 std::unique_ptr<File> OpenFile(const char* path, FileMode mode, std::int32_t& error) {

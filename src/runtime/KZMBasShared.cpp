@@ -21,26 +21,18 @@ constinit int g_countOfCCallers = 0;
 
 void Nothing() {}
 
-// A module that counts its starts; Start and Stop are its work. If Start throws, the module counts
-// as not started.
-template <char kLetter, void (*Start)() = Nothing, void (*Stop)() = Nothing>
-struct CountedModule {
+// A module that nobody else starts; Start and Stop are its work.
+template <void (*Start)() = Nothing, void (*Stop)() = Nothing>
+struct OwnModule {
     static void Initialize(int& count) {
-        if (s_starts == 0) {
-            Start();
-            ++count;
-        }
-        ++s_starts;
+        Start();
+        ++count;
     }
     static void Finalize(int& count) {
-        if (s_starts-- != 1) return;
         --count;
         Stop();
     }
-    static constinit unsigned s_starts;
 };
-template <char kLetter, void (*Start)(), void (*Stop)()>
-constinit unsigned CountedModule<kLetter, Start, Stop>::s_starts = 0;
 
 void StartFloatingPoint() {
     const char* const ignore = platform::Environment("KVL_IGNORE_FPE");
@@ -56,25 +48,23 @@ struct Module {
     void (*initialize)(int& count);
     void (*finalize)(int& count);
 };
-template <class M>
-constexpr Module kCounted = {M::Initialize, M::Finalize};
+template <void (*Start)() = Nothing, void (*Stop)() = Nothing>
+constexpr Module kOwn = {OwnModule<Start, Stop>::Initialize, OwnModule<Start, Stop>::Finalize};
 
 // In starting order; they stop in the reverse order.
 constexpr Module kModules[] = {
     {KZMBasCoreUtils_initialize, KZMBasCoreUtils_finalize},
     {KZMBasGenericsLib_initialize, KZMBasGenericsLib_finalize},
     {KZMBasAlloc_initialize, KZMBasAlloc_finalize},
-    kCounted<CountedModule<'a', Nothing, cow_ReleaseNullValues>>,
+    kOwn<Nothing, cow_ReleaseNullValues>,
     {KZMBasUtils_initialize, KZMBasUtils_finalize},
-    kCounted<CountedModule<'c'>>,
-    kCounted<CountedModule<'d', Nothing, KZMBasAtiGlobalSingleton<rgx_ReCompileCache>::Finalize>>,
-    kCounted<CountedModule<'e'>>,
-    kCounted<
-        CountedModule<'f', StartFloatingPoint, omi_SingletonBase<omi_AlertListener>::Finalize>>,
-    kCounted<CountedModule<'g', Nothing,
-                           KZMBasAtiGlobalSingleton<KZMBasFilStracePhase::Impl>::Finalize>>,
-    kCounted<CountedModule<'h'>>,
-    kCounted<CountedModule<'i'>>,  // the entry module: the last to start, the first to stop
+    kOwn<>,
+    kOwn<Nothing, KZMBasAtiGlobalSingleton<rgx_ReCompileCache>::Finalize>,
+    kOwn<>,
+    kOwn<StartFloatingPoint, omi_SingletonBase<omi_AlertListener>::Finalize>,
+    kOwn<Nothing, KZMBasAtiGlobalSingleton<KZMBasFilStracePhase::Impl>::Finalize>,
+    kOwn<>,
+    kOwn<>,  // the entry module: the last to start, the first to stop
 };
 
 void StopModules(std::size_t started, int& count) {

@@ -59,6 +59,8 @@ TEST(String, CopiesShareAndEmptyOnesNeverAllocate) {
             EXPECT_EQ(each.CStr(), atr_StringBase::EmptyText());
     };
     EXPECT_EQ(AllocationsOf(edit), 0);
+    cow_String capital("Text"), same(capital);
+    EXPECT_EQ(AllocationsOf([&] { same.Capitalize(); }), 0);
     EXPECT_EQ(empty[0], '\0');
     EXPECT_NE(empty.CStr(), cow_String().CStr());
 }
@@ -90,15 +92,20 @@ TEST_WITH_REFUSALS(String, EditsTakeAnyCountAndNumbersReadBack) {
     const std::pair<cow_String, const char*> cases[] = {
         {cow_String("hello").Substr(1, INT_MAX), "ello"},
         {cow_String("hello").Erase(1, INT_MAX), "h"},
+        {cow_String("aA").Capitalize(), "AA"},
         {cow_String("ad").Insert(INT_MAX, "bc", INT_MAX), "adbc"},
         {cow_String("hello").Replace(3, INT_MAX, "p", INT_MAX), "help"},
+        {cow_String("hello").Replace(0, 2, "p", -1), "llo"},
         {cow_String("hello").Replace(0, 2, nullptr, 4).RightTrim(nullptr), "llo"},
         {cow_String(" \t x y ").LeftTrim("\t ").RightTrim(" "), "x y"},
         {cow_String(INT_MIN), "-2147483648"},
         {cow_String(0.1), "0.1"},
         {cow_String(1e300), "1e+300"}};
     for (const auto& [edited, expected] : cases) EXPECT_EQ(std::string_view(edited), expected);
-    EXPECT_EQ(cow_String("abab").RFind("ab", INT_MAX) + cow_String("ab").Find(nullptr, 9), 4);
+    EXPECT_EQ(cow_String("abab").RFind("ab", INT_MAX) + cow_String("ab").Find(nullptr, 9) +
+                  cow_String("x\0", 2).RightTrim("x").Length(),
+              6);
+    EXPECT_THROW(cow_String(std::string_view("", INT_MAX)), std::bad_alloc);
 }
 
 using List = cow_List<int>;
@@ -240,6 +247,7 @@ TEST_WITH_REFUSALS(ArrayReps, AssignmentCopiesDeepAndSurvivesSelf) {
     b = *&b;
     EXPECT_TRUE(b.Data()[1] == "b" && a != b);
     cow_2DArrayRep<int> none(0, 4), some(1, 2, 3);
+    EXPECT_TRUE(some != cow_2DArrayRep<int>(2, 1, 3));
     some = some = none;
     EXPECT_TRUE(!some.Data() && some.Cols() == 4);
 }

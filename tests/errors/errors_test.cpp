@@ -57,6 +57,7 @@ TEST(Errors, EachClassKeepsItsCodeAndTextWhenThrownAndCloned) {
 }
 
 TEST(SystemErrorCode, CapturesTheNumberAskedFor) {
+    EXPECT_STRNE(KZMBasSystemError(987654).AsString(), "");  // which means nothing
     for (const int type : {0, 1, 2}) {
         SCOPED_TRACE(type);
         errno = ENOENT;
@@ -66,6 +67,7 @@ TEST(SystemErrorCode, CapturesTheNumberAskedFor) {
         const cow_SystemErrorCode value(code);
         EXPECT_EQ(value.GetType(), type);
         EXPECT_EQ(value.GetDetail() == -1, type == 2);
+        EXPECT_EQ(std::error_code(code).value() == value.GetDetail(), type != 2);
         if (type == 1) continue;
         EXPECT_STREQ(value.GetText().CStr(), type == 0 ? "No such file or directory" : "");
         EXPECT_EQ(std::error_code(code) == std::errc::no_such_file_or_directory, type == 0);

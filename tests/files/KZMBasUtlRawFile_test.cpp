@@ -25,9 +25,9 @@ std::string Thrown(Call call) {
 
 TEST_F(RawFile, WhatCannotBeOpenedNamesTheServiceAndTheReason) {
     std::filesystem::create_directory("d");
-    const std::pair<const char*, const char*> cases[] = {
+    const std::pair<const char*, cow_String> cases[] = {
         {"", "d"}, {"d", ""},        {"", "http://host/f"}, {"", "Network connectors"},
-        {"", ""},  {"missing", "f"}, {"q:/", "f"}};
+        {"", ""},  {"missing", "f"}, {"q:/", "f"},          {"", cow_String("f\0x", 3)}};
     for (const auto& [directory, file] : cases)
         for (const FileMode mode : {FileMode::kRead, FileMode::kUpdate, FileMode::kReplace})
             EXPECT_EQ(Thrown([&] { KZMBasUtlRawFile({directory, file}, mode); }), "CreateFile");

@@ -14,10 +14,10 @@ TEST(Timer, CountsOnlyWhileItRunsAndResumesWhereItStopped) {
     double before = 0;
     for (int run = 0; run < 2; ++run) {
         const double processor = timer.GetTotalCpuTime();
-        timer.Start();
+        timer.Start(), timer.Start();
         // It goes on; the system counts processor time in steps of some milliseconds.
-        while (timer.GetTotalCpuTime() == processor && timer.GetElapsedTime() < 10) timer.Start();
-        timer.Stop();
+        while (timer.GetTotalCpuTime() == processor && timer.GetElapsedTime() < 10) continue;
+        timer.Stop(), timer.Stop();
         EXPECT_GT(timer.GetTotalCpuTime(), processor);
         EXPECT_DOUBLE_EQ(timer.GetElapsedTime(), before + timer.GetElapsedStartTime());
         before = timer.GetElapsedTime();

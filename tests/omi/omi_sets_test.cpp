@@ -36,12 +36,14 @@ TEST(Sets, PrintEightMembersALine) {
 }
 
 TEST(Sets, ContainAndOverlapOnBothSidesOfZero) {
-    const Numbers some = {-5, 3, 9000}, few = {-5, 9000}, mirrored = {5, -3};
+    const Numbers some = {-5, 3, 9000}, few = {-5, 9000}, mirrored = {5, -3}, half = {3, -7};
     const omi_Set set(some.begin(), some.end()), part(few.begin(), few.end());
     const omi_Set other(mirrored.begin(), mirrored.end()), none;
     EXPECT_TRUE(set.Contains(part) && set.Contains(none) && set.HasOverlap(part));
-    EXPECT_FALSE(part.Contains(set) || set.Contains(other));
-    EXPECT_FALSE(set.HasOverlap(other) || set.HasOverlap(none));
+    EXPECT_FALSE(part.Contains(set) || set.Contains(other) || set.HasOverlap(other));
+    EXPECT_FALSE(set.HasOverlap(none));
+    const omi_Set halfOther(half.begin(), half.end()), negative(half.data() + 1, 1);
+    EXPECT_TRUE(!set.Contains(halfOther) && halfOther.HasOverlap(negative));
 }
 
 TEST(BitVector, EqualityComparesShapeAndCompareCountsThenBlocksThenWords) {
@@ -59,8 +61,16 @@ TEST(BitVector, EqualityComparesShapeAndCompareCountsThenBlocksThenWords) {
                  {emptied, {}, 128},  {{}, emptied, -128},  {grown, {}, 0}};
     for (const auto& [a, b, result] : cases) EXPECT_EQ(a.Compare(b), result);
     EXPECT_FALSE(grown == Bits{} || emptied == Bits{});
+    EXPECT_TRUE(Bits{}.Contains(emptied) && !Bits{}.Contains(wide) && wide.Contains(emptied));
     emptied &= emptied;
     EXPECT_TRUE(emptied == Bits{});
+}
+
+TEST(BitVector, ManyBlocksUniteAsFewDo) {
+    Bits many = {1}, other = {0};
+    for (unsigned block = 0; block < 1200; block += 2) other.SetBit(block * 8192);
+    many |= other;
+    EXPECT_TRUE(many.Size() == 601 && many.Contains(other));
 }
 
 TEST(BitVectorTraversal, StandsNowhereBeforeTheFirstMoveAndAfterTheLastAlsoAtTheLastBit) {
@@ -88,8 +98,9 @@ TEST(SparseSet, GrowsByMultiplesOf1024) {
     set.Reserve(2049);
     EXPECT_EQ(requestsFor(2047), 0);
     EXPECT_EQ(requestsFor(1), 1);
-    set.ReserveAdditional(1024);
-    EXPECT_EQ(requestsFor(2047), 0);
+    set.ReserveAdditional(9000);
+    EXPECT_EQ(requestsFor(9215), 0);
+    EXPECT_TRUE(set.IsMember(1000) && !set.IsMember(9999));
     EXPECT_THROW(set.ReserveAdditional(INT_MAX), std::bad_alloc);
 }
 
@@ -118,6 +129,7 @@ TEST(GeneratedSet, TrimClipsAndReturnsWhatItCutsOff) {
                  {{-7, -1, 3}, 0, 4, 9, {1, 0, 3}, {0u - 7, 0u - 4, 0u - 1}},
                  {{10, 1, -3}, 0, 5, 9, {1, 0, -3}, {1, 4, 7, 10}},
                  {{1, 0, 2}, 5, 6, 9, {1, 0, 2}, {}},
+                 {{3, 20, 5}, 4, 9, 9, {3, 9, 5}, {13, 18}},
                  {{INT_MIN, INT_MAX, 1}, 0, 1, 1, {0, 1, 1}, {2, 1u << 31}}};
     for (const auto& [range, low, high, n, left, cutOff] : cases) {
         omi_GeneratedSet set(range[0], range[1], range[2]);

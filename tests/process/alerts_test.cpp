@@ -106,12 +106,15 @@ TEST_F(Alerts, CtrlCInAConsoleReachesTheHandler) {
     EXPECT_EXIT(interrupt(), testing::ExitedWithCode(42), "");
 }
 
-TEST_F(Alerts, OneWhoseHandlerWasTakenAwayEndsTheProcess) {
-    for (const Handler handler : {&Count, Handler()})
-        m_listener.SetHandler(omi_AlertUser2, handler);
-    EXPECT_DEATH(
-        (m_listener.Arm(), omi_AlertTrigger(m_listener).Alert(omi_AlertUser2), m_listener.Disarm()),
-        "");
+TEST_F(Alerts, OneWhoseHandlerWasTakenAwayEndsTheProcessAndAHandlerMay) {
+    const auto alert = [this](Handler handler) {
+        for (const Handler each : {&Count, handler}) m_listener.SetHandler(omi_AlertUser2, each);
+        m_listener.Arm();
+        omi_AlertTrigger(m_listener).Alert(omi_AlertUser2);
+        m_listener.Disarm();
+    };
+    EXPECT_DEATH(alert(nullptr), "");
+    EXPECT_EXIT(alert([](int) { std::exit(5); }), testing::ExitedWithCode(5), "");
 }
 
 TEST_F(Alerts, NoneIsLostThatSeveralThreadsPostWhileArmed) {
@@ -160,16 +163,27 @@ TEST(AlertLoop, EndsAtTheStopCommandOrAtAForeignMessageAndTakesNoMore) {
         return ServeAlerts(none, started);
     };
     const platform::Handle started = platform::NewEvent();
-    for (const auto& [number, exitCode] :
-         {std::pair(kAlertMessage, 0u), {0x8001, 1}, {0x400, 1}, {0x12, 1}}) {
-        std::uint32_t id = 0;
-        const platform::Handle thread = platform::StartThread(listen, started, id);
+    const std::pair<std::uint32_t, std::uint32_t> cases[] = {
+        {kAlertMessage, 0}, {0x8001, 1}, {0x400, 1}, {0x12, 1}};
+    std::uint32_t ids[4];
+    platform::Handle threads[4];
+    for (int i = 0; i < 4; ++i) {
+        threads[i] = platform::StartThread(listen, started, ids[i]);
         platform::Wait(started);
-        platform::Post(id, {number, kAlertStop, 0});
-        platform::Wait(thread);
-        EXPECT_EQ(platform::ExitCode(thread), exitCode) << number;
-        EXPECT_EQ(platform::Post(id, {kAlertMessage, 0, 0}), platform::Posted::kNoQueue);
-        platform::Close(thread);
+    }
+    mem_TBThreadLock(true);  // the first one waits with its first message in hand
+    for (int i = 0; i < 4; ++i) platform::Post(ids[i], {cases[i].first, kAlertStop, 0});
+    for (const long failAt : {0, 1, 1, 1}) {  // messages that end with their queue
+        host_heap::Watch(failAt);
+        EXPECT_NE(platform::Post(ids[0], {kAlertMessage, 0, 0}), platform::Posted::kNoQueue);
+        host_heap::Unwatch();
+    }
+    mem_TBThreadLock(false);
+    for (int i = 0; i < 4; ++i) {
+        platform::Wait(threads[i]);
+        EXPECT_EQ(platform::ExitCode(threads[i]), cases[i].second) << i;
+        EXPECT_EQ(platform::Post(ids[i], {kAlertMessage, 0, 0}), platform::Posted::kNoQueue);
+        platform::Close(threads[i]);
     }
     platform::Close(started);
 }

@@ -214,7 +214,7 @@ TEST_F(SingletonRegistry, FinalizersMayTagAndDestroyAndRunOnce) {
         {[] { omi_SingletonBase<KZMBas_SingletonRegistry>::Finalize(); }, "5 7 "}};
     for (const auto& [end, called] : cases) {
         Registry().Tag(5, Restless);
-        Registry().Tag(9, nullptr);
+        Registry().Tag(9, [] { EXPECT_EQ(Registry().Destroy(9), 1); });
         Tag<7>();
         end();
         EXPECT_EQ(Registry().Destroy(5), 0);

@@ -72,6 +72,9 @@ TEST(TinyBlocks, GiveTheirMemoryBackToOtherSizesAndToTheSystem) {
     for (const std::size_t size : {1024, 32}) {
         for (void*& each : blocks) each = mem_Malloc(size);
         committed.push_back(Committed());
+        for (std::size_t i = 0; i < blocks.size(); i += 2) mem_Free(blocks[i]);
+        for (std::size_t i = 0; i < blocks.size(); i += 2) blocks[i] = mem_Malloc(size);
+        EXPECT_EQ(Committed(), committed.back());
         for (void* const each : blocks) mem_Free(each);
         committed.push_back(Committed());
     }

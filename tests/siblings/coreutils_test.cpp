@@ -1,6 +1,7 @@
 #include <coreutils/aio_ostream.h>
 #include <coreutils/atr_format.h>
 #include <coreutils/atr_naturalOrder.h>
+#include <generics/KZMBasTree.h>
 #include <support/memory_failure.h>
 
 #include <string>
@@ -40,7 +41,25 @@ TEST(Format, OnlyTextsForTheUserAreTranslatedAndPrintingKeepsZeroBytes) {
     atr_setTranslator(nullptr);
     testing::internal::CaptureStdout();
     atr_print(stdout, "%s.", std::string_view("a\0b", 3));
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::string("a\0b.", 4));
+    EXPECT_TRUE(aio_ostream(stdout).print("!").good());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), std::string("a\0b.!", 5));
+}
+
+int g_comparisons = 0;
+struct CountingLess {
+    bool operator()(int a, int b) const { return ++g_comparisons, a < b; }
+};
+
+TEST(Tree, FindsInFewStepsWhateverCameAndWentInWhichOrder) {
+    for (const int step : {1, 999, 501}) {  // up, down, to and fro
+        KZMBasTree<int, int, CountingLess> tree;
+        for (int i = 0; i < 1000; ++i) tree.Add(i * step % 1000, i);
+        for (int i = 0; i < 500; ++i) tree.Remove(i);
+        for (int i = 500; i < 1000; ++i) {
+            g_comparisons = 0;
+            EXPECT_TRUE(tree.Find(i) && g_comparisons <= 24) << step << ' ' << i;
+        }
+    }
 }
 
 TEST(OutputStream, WidthHoldsForOneItemAndPadsOnTheLeft) {

@@ -187,7 +187,7 @@ void atr_StringBase::append(const char* s, int length, int from, int n) {
 }
 
 void atr_StringBase::insert(int pos, const char* s, int length, int from, int n) {
-    if (!s || length <= 0) return;
+    if (!s) return;
     const int start = std::clamp(from, 0, length);
     Splice(ClampPosition(pos), 0, s + start, Available(length, start, n));
 }

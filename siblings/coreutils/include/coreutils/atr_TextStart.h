@@ -11,12 +11,12 @@
 class atr_TextStart {
 public:
     atr_TextStart() : m_mask(0), m_bytes(0), m_decides(false) {}  // no bytes: all are equal
-    explicit atr_TextStart(const atr_StringBase& text) : m_mask(~std::uint64_t{0}) {
+    explicit atr_TextStart(const atr_StringBase& text) {
         constexpr std::uint64_t kOnes = 0x0101010101010101u;
         const std::uint64_t word = Word(text);
         const std::uint64_t zeroBytes = (word - kOnes) & ~word & kOnes << 7;  // the first is right
         m_decides = zeroBytes != 0;
-        if (m_decides) m_mask = zeroBytes ^ (zeroBytes - 1);
+        m_mask = zeroBytes ^ (zeroBytes - 1);  // all bytes where none is zero
         m_bytes = BytesOf(text);
     }
 
