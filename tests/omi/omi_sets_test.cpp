@@ -36,14 +36,12 @@ TEST(Sets, PrintEightMembersALine) {
 }
 
 TEST(Sets, ContainAndOverlapOnBothSidesOfZero) {
-    const Numbers some = {-5, 3, 9000}, few = {-5, 9000}, mirrored = {5, -3}, half = {3, -7};
+    const Numbers some = {-5, 3, 9000}, few = {-5, 9000}, mirrored = {5, -3};
     const omi_Set set(some.begin(), some.end()), part(few.begin(), few.end());
     const omi_Set other(mirrored.begin(), mirrored.end()), none;
     EXPECT_TRUE(set.Contains(part) && set.Contains(none) && set.HasOverlap(part));
     EXPECT_FALSE(part.Contains(set) || set.Contains(other) || set.HasOverlap(other));
     EXPECT_FALSE(set.HasOverlap(none));
-    const omi_Set halfOther(half.begin(), half.end()), negative(half.data() + 1, 1);
-    EXPECT_TRUE(!set.Contains(halfOther) && halfOther.HasOverlap(negative));
 }
 
 TEST(BitVector, EqualityComparesShapeAndCompareCountsThenBlocksThenWords) {
@@ -96,11 +94,9 @@ TEST(SparseSet, GrowsByMultiplesOf1024) {
     };
     EXPECT_EQ(requestsFor(1025), 2);
     set.Reserve(2049);
-    EXPECT_EQ(requestsFor(2047), 0);
-    EXPECT_EQ(requestsFor(1), 1);
+    EXPECT_TRUE(requestsFor(2047) == 0 && requestsFor(1) == 1);
     set.ReserveAdditional(9000);
-    EXPECT_EQ(requestsFor(9215), 0);
-    EXPECT_TRUE(set.IsMember(1000) && !set.IsMember(9999));
+    EXPECT_TRUE(requestsFor(9215) == 0 && set.IsMember(1000) && !set.IsMember(9999));
     EXPECT_THROW(set.ReserveAdditional(INT_MAX), std::bad_alloc);
 }
 

@@ -156,8 +156,7 @@ struct Subject {
 class WorkArrays : public testing::Test, protected Subject {};
 
 TEST_F(WorkArrays, NumbersCountUpAreNeverUsedAgainAndAreListed) {
-    EXPECT_EQ(arrays.registerVariable(3, 8, "abc"), 0);
-    EXPECT_EQ(arrays.registerVariable(2, 4, "abc"), 1);
+    for (const int i : {0, 1}) EXPECT_EQ(arrays.registerVariable(3 - i, 8 >> i, "abc"), i);
     EXPECT_EQ(arrays.registerVariable(1, 4, nullptr), 2);
     EXPECT_EQ(arrays.findVariable(arrays.getName(2)) + arrays.findVariable(nullptr), 4);
     int index = 0;
@@ -179,8 +178,7 @@ TEST_F(WorkArrays, ANumberWithoutAVariableIsAnEmptyEntryOnceAskedFor) {
     EXPECT_EQ(StateOf(arrays), "8 0 0 0 " + kHead + "         0         1         8" + k44 +
                                    "matrix\n         7         0         0" + k44 + "      \n\n");
     for (int unknown : {9, 7}) arrays.freeVariable(unknown);
-    EXPECT_EQ(source.freed, (std::vector<void*>{nullptr, nullptr}));
-    EXPECT_EQ(arrays.findVariable(""), -1);
+    EXPECT_TRUE(source.freed == std::vector<void*>(2) && arrays.findVariable("") == -1);
 }
 
 TEST_F(WorkArrays, ProductsAndSumsOfBytesWrapAt32Bits) {
