@@ -45,30 +45,15 @@ public:
     }
 
     // From the end of the way up: computes every depth anew and balances every node but the top
-    // one. If a node that is to be turned up cannot be copied, the depths are still brought up to
-    // date before the exception goes on.
-    void Rebalance() {
-        std::size_t level = m_steps.Size();
-        Node* node = &End();
-        bool isBalanced = node->UpdateDepth();
-        int height = node->m_depth;
-        try {
-            while (level-- > 0) {
-                const Step step = m_steps[level];
-                if (!isBalanced) [[unlikely]] {
-                    Handle*& link = LinkOf(step);
-                    link = node->Balance(link);
-                    height = link->GetPtr()->m_depth;
-                }
-                node = NodeOf(step);
-                isBalanced = node->UpdateDepth(SideOf(step), height);
-                height = node->m_depth;
-            }
-        } catch (...) {
-            for (++level; level-- > 0;) NodeOf(m_steps[level])->SetMaxDepth();
-            throw;
-        }
+    // one. True where that needs no balance. If a node that is to be turned up cannot be copied,
+    // the depths are still brought up to date before the exception goes on.
+    bool Rebalance() {
+        Node& end = End();
+        const bool isBalanced = end.UpdateDepth();
+        return RebalanceAbove(isBalanced, end.m_depth);
     }
+    // The same where a node without children has just been put at the end.
+    bool RebalanceAboveLeaf() { return RebalanceAbove(true, 0); }
 
 private:
     using Cell = cow_BtreeCell<Node>;
@@ -112,6 +97,30 @@ private:
     static unsigned SideOf(Step step) { return reinterpret_cast<std::uintptr_t>(step) & 1; }
     static Node* NodeOf(Step step) { return reinterpret_cast<Node*>(step - SideOf(step)); }
     static Handle*& LinkOf(Step step) { return NodeOf(step)->m_children[SideOf(step)]; }
+
+    bool RebalanceAbove(bool isBalanced, int height) {
+        const Step* const first = &m_steps[0];
+        const Step* at = first + Length();
+        try {
+            while (at != first) {
+                const Step step = *--at;
+                if (!isBalanced) [[unlikely]] {
+                    Handle*& link = LinkOf(step);
+                    link = link->GetPtr()->Balance(link);
+                    height = link->GetPtr()->m_depth;
+                }
+                Node* const node = NodeOf(step);
+                isBalanced = node->UpdateDepth(SideOf(step), height);
+                height = node->m_depth;
+            }
+        } catch (...) {
+            for (;; --at) {
+                NodeOf(*at)->SetMaxDepth();
+                if (at == first) throw;
+            }
+        }
+        return isBalanced;
+    }
 
     Node& End() { return Length() == 0 ? *m_top : *LastLink()->GetPtr(); }
 
@@ -173,7 +182,7 @@ bool cow_BtreeNode<K, V>::InsertUnlessMember(const K& k, const V& v) {
     Handle** const link = way.Descend(k);
     if (!link) return false;
     *link = Cell::New(k, v);
-    way.Rebalance();
+    way.RebalanceAboveLeaf();
     return true;
 }
 
@@ -256,8 +265,12 @@ bool cow_Btree<K, V>::InsertUnlessMember(const K& key, const V& value) {
         m_root = cow_BtreeCell<Node>::NewNode(key, value);
         return true;
     }
-    if (!m_root.Get().InsertUnlessMember(key, value)) return false;
-    BalanceRoot();
+    cow_BtreeWay<K, V> way(m_root.Get());
+    Handle** const link = way.Descend(key);
+    if (!link) return false;
+    *link = cow_BtreeCell<Node>::New(key, value);
+    if (!way.RebalanceAboveLeaf()) [[unlikely]]
+        BalanceRoot();
     return true;
 }
 
