@@ -112,9 +112,12 @@ private:
             SetBitOfNewBlock(i);
             return true;
         }
+        return AddTo(*word, i);
+    }
+    bool AddTo(unsigned int& word, unsigned int i) {
         const unsigned int mask = 1u << (i & 31);
-        if (*word & mask) return false;
-        *word |= mask;
+        if (word & mask) return false;
+        word |= mask;
         ++m_bitCount;
         return true;
     }

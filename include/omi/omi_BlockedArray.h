@@ -89,6 +89,8 @@ private:
     friend class omi_BlockSource;
     template <class, class>
     friend class omi_UintTable;
+    template <class, class>
+    friend class omi_UintTableBlock;
     friend KZM_API void SetBitTraverseData(const omi_BlkBitVect*, omi_BlkBitVectTrav*);
 
     static T** NewTable(unsigned slots);  // of null entries, null for 0 slots

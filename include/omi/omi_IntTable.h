@@ -2,6 +2,7 @@
 #include <omi/omi_UintTable.h>
 
 #include <cstddef>
+#include <cstdint>
 
 template <class T>
 struct cow_Direct;
@@ -46,17 +47,34 @@ public:
 
     // Look-ups. ConstGetValue copies the value out; false, and `value` as it was, if the key is not
     // a member.
-    bool IsMember(int key) const { return Half(key).IsMember(Magnitude(key)); }
+    bool IsMember(int key) const {
+        const auto usual = m_nonNegative->Index();
+        if (const auto* const block = usual.FindBlock(Wide(key)))
+            return block->Members().IsSet(AsUnsigned(key) & usual.localMask);
+        return key < 0 && m_negative->IsMember(Magnitude(key));
+    }
     bool ConstGetValue(int key, V& value) const {
-        return Half(key).ConstGetValue(Magnitude(key), value);
+        const V* const cell = FindCell(key);
+        if (cell) value = *cell;
+        return cell != nullptr;
     }
 
     // The address of a member's value, null for other keys.
-    V* FindCell(int key) const { return Half(key).FindCell(Magnitude(key)); }
+    V* FindCell(int key) const {
+        const auto usual = m_nonNegative->Index();
+        if (const auto* const block = usual.FindBlock(Wide(key))) {
+            const bool member = block->Members().IsSet(AsUnsigned(key) & usual.localMask);
+            return member ? &usual.Cell(AsUnsigned(key)) : nullptr;
+        }
+        return key < 0 ? m_negative->FindCell(Magnitude(key)) : nullptr;
+    }
 
     // The value of a key that must be a member.
-    V& Get(int key) const { return Half(key).Get(Magnitude(key)); }
-    const V& ConstGet(int key) const { return Half(key).ConstGet(Magnitude(key)); }
+    V& Get(int key) const {
+        const auto usual = m_nonNegative->Index();
+        return key < 0 ? m_negative->Get(Magnitude(key)) : usual.Cell(AsUnsigned(key));
+    }
+    const V& ConstGet(int key) const { return Get(key); }
 
     // Pairs of key and value, keys ascending.
     const_iterator begin() const { return const_iterator(Walk()); }
@@ -68,9 +86,17 @@ public:
     }
 
     // True if the key was no member before; its value is replaced in any case.
-    bool Insert(int key, const V& value) { return Half(key).Insert(Magnitude(key), value); }
+    bool Insert(int key, const V& value) {
+        if (auto* const block = m_nonNegative->Index().FindBlock(Wide(key)))
+            return m_nonNegative->InsertInto(*block, AsUnsigned(key), value);
+        return InsertElsewhere(key, value);
+    }
     // True if the key was a member.
-    bool Remove(int key) { return Half(key).Remove(Magnitude(key)); }
+    bool Remove(int key) {
+        if (auto* const block = m_nonNegative->Index().FindBlock(Wide(key)))
+            return m_nonNegative->RemoveFrom(*block, AsUnsigned(key));
+        return key < 0 && RemoveNegative(key);
+    }
 
     // Removes every member and releases every block.
     void Clear() {
@@ -86,7 +112,8 @@ protected:
 
     // The block that holds the key's cell, null where there is none.
     omi_UintTableBlock<V, A>* FindTableBlock(int key) const {
-        return Half(key).FindTableBlock(Magnitude(key));
+        const Table& half = key < 0 ? *m_negative : *m_nonNegative;
+        return half.FindTableBlock(Magnitude(key));
     }
 
     // The walk behind begin(), for iterators of derived tables.
@@ -99,11 +126,17 @@ private:
     friend class omi_IntTableIterator;
 
     static unsigned int Magnitude(int key) {
-        const unsigned int bits = static_cast<unsigned int>(key);
-        return key < 0 ? 0u - bits : bits;
+        return key < 0 ? 0u - AsUnsigned(key) : AsUnsigned(key);
+    }
+    static unsigned int AsUnsigned(int key) { return static_cast<unsigned int>(key); }
+
+    // With the sign in all higher bits, so that only blocks of keys from 0 on are found by it.
+    static std::uint64_t Wide(int key) {
+        return static_cast<std::uint64_t>(static_cast<std::int64_t>(key));
     }
 
-    Table& Half(int key) const { return key < 0 ? *m_negative : *m_nonNegative; }
+    bool InsertElsewhere(int key, const V& value);
+    bool RemoveNegative(int key);
 
     // make(true) returns the negative half, make(false) the other, both by NewTable.
     template <class Make>

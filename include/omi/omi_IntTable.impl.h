@@ -37,6 +37,17 @@ unsigned int omi_IntTable<V, A>::Footprint() const {
     return static_cast<unsigned int>(std::min<std::uint64_t>(bytes, UINT_MAX));
 }
 
+// Of a negative key, or one whose block is not there.
+template <class V, class A>
+bool omi_IntTable<V, A>::InsertElsewhere(int key, const V& value) {
+    return (key < 0 ? m_negative : m_nonNegative)->Insert(Magnitude(key), value);
+}
+
+template <class V, class A>
+bool omi_IntTable<V, A>::RemoveNegative(int key) {
+    return m_negative->Remove(Magnitude(key));
+}
+
 template <class V, class A>
 template <class Make>
 omi_IntTable<V, A>::omi_IntTable(Make make, std::nullptr_t) : m_negative(make(true)) {

@@ -32,6 +32,14 @@ public:
     bool IsDone() const { return !m_word; }
     void Leave() { m_word = nullptr; }
 
+    // To a key that is a member.
+    void StandAt(unsigned int key) {
+        m_slot = m_table->Slot(key);
+        Enter(m_slot);
+        const unsigned int local = key & m_table->m_localMask;
+        Stand({m_block->Members().Word(local), local});
+    }
+
     // These need a current member. The value is the table's own.
     unsigned int Key() const { return m_base + m_local; }
     V& Value() const { return *m_cell; }
@@ -51,12 +59,43 @@ public:
     void NextBlock() { *this = FromSlot(m_table, m_slot + 1); }
     void PreviousBlock() { *this = DownFromSlot(m_table, m_slot - 1); }
 
-    bool operator==(const omi_TableWalk& other) const {
-        return m_word == other.m_word && (!m_word || m_local == other.m_local);
+    // The members from the current one on whose keys and cells follow each other, and, upwards,
+    // what the word holds behind them for the same group of cells.
+    struct Run {
+        unsigned int length;
+        unsigned int rest;
+    };
+    Run RunUp() const {
+        const unsigned int most = MostBehind() - (m_local & MostBehind()) + 1;
+        const unsigned int* word = m_word;
+        const auto bits = static_cast<unsigned int>(*word & m_group) >> (m_local & 31);
+        auto length = static_cast<unsigned int>(std::countr_one(bits));
+        while (length < most && (m_local + length) % 32 == 0) {
+            const auto ones = static_cast<unsigned int>(std::countr_one(*++word));
+            length += ones;
+            if (ones < 32) break;
+        }
+        const unsigned int behind = (m_local + length) % 32;
+        return {length, behind ? static_cast<unsigned int>(*word & m_group) >> behind : 0};
+    }
+    Run RunDown() const {
+        const unsigned int most = (m_local & MostBehind()) + 1;
+        const unsigned int* word = m_word;
+        const auto bits = static_cast<unsigned int>(*word & m_group) << (~m_local & 31);
+        auto length = static_cast<unsigned int>(std::countl_one(bits));
+        while (length < most && (m_local - length) % 32 == 31) {
+            const auto ones = static_cast<unsigned int>(std::countl_one(*--word));
+            length += ones;
+            if (ones < 32) break;
+        }
+        return {length, 0};
     }
 
 private:
     static constexpr unsigned int kWords = omi_BlkBitVect::kBlockWords;
+
+    // Runs end at the end of their group of cells, and so often that finding one stays cheap.
+    unsigned int MostBehind() const { return std::min(m_block->m_blockMask, 1023u); }
 
     struct Place {
         const unsigned int* word;  // null for nowhere
@@ -184,7 +223,10 @@ private:
 
 // The walk behind begin() and end() of the integer-keyed tables, in ascending key order. Key is
 // unsigned for one table, int for the two halves of a signed one, of which the negative half is
-// walked downwards. Rules are those of omi_UintTableIterator in key order; this one can be copied.
+// walked downwards. It can be copied; inserting and removing keys ends it.
+//
+// Members whose keys follow each other are a run: its cells are walked as an array, and bits are
+// read once a run.
 template <class Key, class V, class A>
 class omi_TableCursor {
     using Table = omi_UintTable<V, A>;
@@ -196,46 +238,87 @@ public:
 
     // On the first member. `negative` is the half to walk downwards first, or null.
     omi_TableCursor(const Table* negative, const Table* table)
-        : m_walk(negative ? *negative : *table), m_after(negative ? table : nullptr) {
-        if (negative)
-            m_walk.Last();
-        else
-            m_walk.First();
-        LeaveNegative();
-    }
+        : omi_TableCursor(AtFirst(negative, table)) {}
 
-    bool IsDone() const { return m_walk.IsDone(); }
+    bool IsDone() const { return !m_cell; }
 
+    // At the end Next does nothing.
     void Next() {
-        if (IsNegative()) {
-            m_walk.Previous();
-            LeaveNegative();
+        if (++m_key != m_runEnd) [[likely]] {
+            m_cell += m_step;
+        } else if (m_rest) {
+            const int gap = std::countr_zero(m_rest);
+            const int length = std::countr_one(m_rest >> gap);
+            m_rest = m_rest >> gap >> length;
+            m_cell += gap + 1;
+            m_key += static_cast<unsigned int>(gap);
+            m_runEnd = m_key + static_cast<unsigned int>(length);
         } else {
-            m_walk.Next();
+            *this = Behind(m_table, m_after, m_key - 1);
+            return;
         }
+        if (!m_cell) __builtin_unreachable();  // spares loops to ask, as this member is there
     }
 
     // These need a current member. The value is the table's own.
-    Key CurrentKey() const {
-        return static_cast<Key>(IsNegative() ? 0u - m_walk.Key() : m_walk.Key());
-    }
-    V& CurrentValue() const { return m_walk.Value(); }
+    Key CurrentKey() const { return static_cast<Key>(m_key); }
+    V& CurrentValue() const { return *m_cell; }
     omi_PairItem<Key, V> CurrentItem() const { return {CurrentKey(), CurrentValue()}; }
 
+    // By place; all ends are equal.
     friend bool operator==(const omi_TableCursor& a, const omi_TableCursor& b) {
-        return a.m_walk == b.m_walk;
+        return a.m_cell == b.m_cell;
     }
 
 private:
-    bool IsNegative() const { return std::is_signed_v<Key> && m_after; }
+    using Walk = omi_TableWalk<V, A>;
 
-    void LeaveNegative() {
-        if (!IsNegative() || !m_walk.IsDone()) return;
-        m_walk = omi_TableWalk<V, A>(*m_after);
-        m_walk.First();
-        m_after = nullptr;
+    // `after` is the table to go on with behind the current one, which then holds negative keys.
+    omi_TableCursor(Walk walk, const Table* table, const Table* after) {
+        if (walk.IsDone() && after) {
+            walk = Walk(*after);
+            walk.First();
+            table = std::exchange(after, nullptr);
+        }
+        if (walk.IsDone()) return;
+        const auto run = after ? walk.RunDown() : walk.RunUp();
+        m_cell = &walk.Value();
+        m_step = after ? -1 : 1;
+        m_key = after ? 0u - walk.Key() : walk.Key();
+        m_runEnd = m_key + run.length;
+        m_rest = run.rest;
+        m_table = table;
+        m_after = after;
     }
 
-    omi_TableWalk<V, A> m_walk;
-    const Table* m_after = nullptr;  // what comes after the negative half, null once it is reached
+    // As functions of values: see omi_TableWalk.
+    [[gnu::noinline]] static omi_TableCursor AtFirst(const Table* negative,
+                                                     const Table* table) noexcept {
+        Walk walk(negative ? *negative : *table);
+        if (negative)
+            walk.Last();
+        else
+            walk.First();
+        return negative ? omi_TableCursor(walk, negative, table)
+                        : omi_TableCursor(walk, table, nullptr);
+    }
+    [[gnu::noinline]] static omi_TableCursor Behind(const Table* table, const Table* after,
+                                                    unsigned int key) noexcept {
+        if (!table) return {};
+        Walk walk(*table);
+        walk.StandAt(after ? 0u - key : key);
+        if (after)
+            walk.Previous();
+        else
+            walk.Next();
+        return omi_TableCursor(walk, table, after);
+    }
+
+    V* m_cell = nullptr;        // null beyond the last member
+    std::ptrdiff_t m_step = 1;  // -1 in the negative half
+    unsigned int m_key = 0;
+    unsigned int m_runEnd = 1;  // the key behind the run; Next leaves the end there, too
+    unsigned int m_rest = 0;    // bits of the word behind the run
+    const Table* m_table = nullptr;
+    const Table* m_after = nullptr;  // the other half while m_table holds the negative one
 };

@@ -27,8 +27,13 @@ public:
     // Writes the cell, then makes the key a member, true if it was none before: if memory runs out,
     // membership is unchanged.
     bool Insert(unsigned int local, const V& value) {
-        this->SetCell(local, value);
-        return m_members.Add(local);
+        const unsigned int slot = local >> (this->m_blockShift & 31);
+        V* const cells = slot < this->m_slotCount ? this->m_table[slot] : nullptr;
+        unsigned int* const word = m_members.Word(local);
+        if (!cells || !word) [[unlikely]]
+            return InsertWithRoom(local, value);
+        cells[local & this->m_blockMask] = value;
+        return m_members.AddTo(*word, local);
     }
 
     bool Remove(unsigned int local) { return m_members.Take(local); }  // true if it was a member
@@ -41,6 +46,8 @@ public:
 
 private:
     friend struct kzm_Layout;
+    bool InsertWithRoom(unsigned int local, const V& value);  // makes cells and words as needed
+
     omi_BlkBitVect m_members;
 };
 
@@ -99,10 +106,7 @@ public:
     int Size() const { return static_cast<int>(m_memberCount); }
 
     // A look-up: block, then bit. Never allocates.
-    bool IsMember(unsigned int key) const {
-        const Block* const block = FindTableBlock(key);
-        return block && block->Members().IsSet(key & m_localMask);
-    }
+    bool IsMember(unsigned int key) const { return Index().IsMember(key); }
 
     // Copies the value out; false, and `value` as it was, if the key is not a member.
     bool ConstGetValue(unsigned int key, V& value) const {
@@ -113,15 +117,14 @@ public:
 
     // The address of a member's value, null for other keys.
     V* FindCell(unsigned int key) const {
-        const Block* const block = FindTableBlock(key);
-        if (!block || !block->Members().IsSet(key & m_localMask)) return nullptr;
-        return &Cell(key);
+        const KeyIndex index = Index();
+        return index.IsMember(key) ? &index.Cell(key) : nullptr;
     }
 
     // The value of a key that must be a member; only that its block exists is checked, in debug
     // builds. The reference stays valid until the last member of the key's block is removed.
-    V& Get(unsigned int key) { return Cell(key); }
-    const V& ConstGet(unsigned int key) const { return Cell(key); }
+    V& Get(unsigned int key) { return Index().Cell(key); }
+    const V& ConstGet(unsigned int key) const { return Index().Cell(key); }
 
     // Pairs of key and value, keys ascending. Inserting and removing keys ends the iterators.
     const_iterator begin() const {
@@ -145,14 +148,7 @@ public:
     // keeps its length.
     bool Remove(unsigned int key) {
         Block* const block = FindTableBlock(key);
-        if (!block) return false;
-        const bool removed = block->Remove(key & m_localMask);
-        m_memberCount -= removed;
-        if (block->Members().Size() == 0) {
-            m_table[Slot(key)] = nullptr;
-            DestroyBlock(block);
-        }
-        return removed;
+        return block && RemoveFrom(*block, key);
     }
 
     void Clear();  // releases every block, keeps the table's length
@@ -161,10 +157,7 @@ public:
     unsigned int Footprint() const;
 
     // The block that holds the key's cell, null where there is none.
-    Block* FindTableBlock(unsigned int key) const {
-        const unsigned int slot = Slot(key);
-        return slot < m_slotCount ? m_table[slot] : nullptr;
-    }
+    Block* FindTableBlock(unsigned int key) const { return Index().FindBlock(key); }
 
 protected:
     // Copies every block; see Copy.
@@ -179,17 +172,38 @@ private:
     template <class, class>
     friend class omi_TableWalk;
 
-    // A shift by 32 is a slot number of 0.
-    unsigned int Slot(unsigned int key) const {
-        return static_cast<unsigned int>(std::uint64_t{key} >> m_keyShift);
-    }
+    unsigned int Slot(unsigned int key) const { return Index().Slot(key); }
 
-    V& Cell(unsigned int key) const {
-        assert(FindTableBlock(key) && FindTableBlock(key)->GetCell(key & m_localMask));
-        const Block& block = *m_table[Slot(key)];
-        const unsigned int local = key & m_localMask;
-        return block.m_table[local >> (block.m_blockShift & 31)][local & block.m_blockMask];
-    }
+    // What leads from keys to cells, by value, so that loops over keys read it once.
+    struct KeyIndex {
+        // Beyond 32 bits, as with the sign of a negative key, there are no blocks.
+        Block* FindBlock(std::uint64_t key) const {
+            const std::uint64_t slot = key >> keyShift;
+            return slot < slotCount ? table[slot] : nullptr;
+        }
+        bool IsMember(unsigned int key) const {
+            const Block* const block = FindBlock(key);
+            return block && block->Members().IsSet(key & localMask);
+        }
+        // Of a member.
+        V& Cell(unsigned int key) const {
+            assert(FindBlock(key) && FindBlock(key)->GetCell(key & localMask));
+            const Block& block = *table[Slot(key)];
+            const unsigned int group = (key & localMask) >> (innerShift & 31);
+            return block.m_table[group][key & block.m_blockMask];
+        }
+        // A shift by 32 is a slot number of 0.
+        unsigned int Slot(unsigned int key) const {
+            return static_cast<unsigned int>(std::uint64_t{key} >> keyShift);
+        }
+
+        Block* const* table;
+        unsigned int slotCount;
+        unsigned int localMask;
+        unsigned int keyShift;
+        unsigned int innerShift;
+    };
+    KeyIndex Index() const { return {m_table, m_slotCount, m_localMask, m_keyShift, m_innerShift}; }
 
     bool InsertInto(Block& block, unsigned int key, const V& value) {
         const bool added = block.Insert(key & m_localMask, value);
@@ -197,7 +211,16 @@ private:
         return added;
     }
 
+    bool RemoveFrom(Block& block, unsigned int key) {
+        const bool removed = block.Remove(key & m_localMask);
+        m_memberCount -= removed;
+        if (block.Members().Size() == 0) [[unlikely]]
+            RemoveBlock(Slot(key));
+        return removed;
+    }
+
     bool InsertIntoNewBlock(unsigned int key, const V& value);
+    void RemoveBlock(unsigned int slot);
     void Initialize(unsigned int blockBits, unsigned int innerBits, unsigned int innerGrowth);
     static Block** NewTable(unsigned int slots);
     template <class... Args>

@@ -5,6 +5,13 @@
 #include <algorithm>
 #include <climits>
 #include <new>
+#include <utility>
+
+template <class V, class A>
+bool omi_UintTableBlock<V, A>::InsertWithRoom(unsigned int local, const V& value) {
+    this->SetCell(local, value);
+    return m_members.Add(local);
+}
 
 template <class V, class A>
 omi_UintTable<V, A>::omi_UintTable()
@@ -112,6 +119,11 @@ bool omi_UintTable<V, A>::InsertIntoNewBlock(unsigned int key, const V& value) {
         DestroyBlock(block);
         throw;
     }
+}
+
+template <class V, class A>
+void omi_UintTable<V, A>::RemoveBlock(unsigned int slot) {
+    DestroyBlock(std::exchange(m_table[slot], nullptr));
 }
 
 // Null entries, since the policy's memory is zero-filled.
