@@ -176,25 +176,23 @@ private:
         return link;
     }
 
-    // `cell` is the key's, null if it is not a member. Counts change when nothing can fail any
-    // more.
+    // `cell` is the key's, null if it is not a member. Behind the first link of a chunk there is
+    // room until it is full.
     void InsertAt(void** cell, int key, const V& value) {
-        if (m_linksUsed == kChunkLinks) {
-            OpenChunk(m_chunks);
-            m_linksUsed = 0;
-        }
-        Link* const link = m_chunks->links + m_linksUsed;
-        ::new (static_cast<void*>(link)) Link{value, cell ? static_cast<Link*>(*cell) : nullptr};
-        if (cell)
-            *cell = link;
-        else
-            InsertKey(key, link);
+        if (!cell || m_linksUsed - 1 >= kChunkLinks - 1) return InsertUnusually(cell, key, value);
+        Link* const link = m_currentLink + 1;
+        ::new (static_cast<void*>(link)) Link{value, static_cast<Link*>(*cell)};
+        *cell = link;
+        Count(link);
+    }
+    void Count(Link* link) {
         m_currentLink = link;
         ++m_linksUsed;
         ++m_linkCount;
         ++m_entryCount;
     }
 
+    void InsertUnusually(void** cell, int key, const V& value);
     void InsertKey(int key, Link* link);
     void RemoveKey(int key, void** cell);
     void CopyChains(int (*compare)(const V&, const V&));

@@ -144,6 +144,22 @@ void omi_IntMultiMap<V, A>::FreeChunks(Chunk* newest, unsigned int used) {
     }
 }
 
+// Counts change when nothing can fail any more.
+template <class V, class A>
+void omi_IntMultiMap<V, A>::InsertUnusually(void** cell, int key, const V& value) {
+    if (m_linksUsed == kChunkLinks) {
+        OpenChunk(m_chunks);
+        m_linksUsed = 0;
+    }
+    Link* const link = m_chunks->links + m_linksUsed;
+    ::new (static_cast<void*>(link)) Link{value, cell ? static_cast<Link*>(*cell) : nullptr};
+    if (cell)
+        *cell = link;
+    else
+        InsertKey(key, link);
+    Count(link);
+}
+
 template <class V, class A>
 void omi_IntMultiMap<V, A>::InsertKey(int key, Link* link) {
     try {
