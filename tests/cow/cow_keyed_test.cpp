@@ -74,6 +74,7 @@ TEST(Btree, RotatesOnceAndTreatsMissingChildrenAsLeaves) {
         for (const int key : {i, 4999 - i}) fromBothEnds.InsertUnlessMember(key, key);
     EXPECT_EQ(fromBothEnds.Root()->Depth(), 15);
     for (const int key : {0, 4321, 4999}) EXPECT_EQ(fromBothEnds.ConstFind(key), key);
+    EXPECT_FALSE(fromBothEnds.FindValue(5000));
 }
 
 TEST(Map, BranchesByBitsAndPullsChainsUpOnRemoval) {
@@ -145,6 +146,7 @@ TEST(Btree, ComparesTheSecondKeyWithTheFirst) {
     EXPECT_TRUE(floats.InsertUnlessMember(1.25f, 1) && floats.InsertUnlessMember(2.5f, 1));
     for (const bool natural : {true, false}) {
         atr_setNaturalOrder(natural);
+        EXPECT_EQ(BtreeCompare(cow_String("x10"), cow_String("x9")) < 0, natural);
         const cow_Btree<cow_String, int> texts{{"x9", 0}, {"x10", 0}, {"x1", 0}};
         EXPECT_EQ(testing::PrintToString(cow_BtreeUtils<cow_String, int>::cow_Keys(texts)),
                   natural ? "{ x1, x9, x10 }" : "{ x1, x10, x9 }");

@@ -59,6 +59,8 @@ TEST(String, CopiesShareAndEmptyOnesNeverAllocate) {
             EXPECT_EQ(each.CStr(), atr_StringBase::EmptyText());
     };
     EXPECT_EQ(AllocationsOf(edit), 0);
+    cow_String capital("Text"), same(capital);
+    EXPECT_EQ(AllocationsOf([&] { same.Capitalize(); }), 0);
     EXPECT_EQ(empty[0], '\0');
     EXPECT_NE(empty.CStr(), cow_String().CStr());
 }

@@ -20,6 +20,13 @@ TEST(Eigen, MapsReadAndWriteArraysInPlace) {
     EXPECT_TRUE(transposed.Rows() == 3 && transposed.ConstGet(0, 1) == 5);
 }
 
+TEST(Eigen, WhatNoArrayCanCountIsExhaustion) {
+    const Eigen::Map<const Eigen::VectorXd> tall(nullptr, Eigen::Index{1} << 31);
+    EXPECT_THROW(cow_ArrayOf(tall), std::bad_alloc);
+    EXPECT_THROW(cow_2DArrayOf(tall), std::bad_alloc);
+    EXPECT_THROW(cow_2DArrayOf(tall.transpose()), std::bad_alloc);
+}
+
 TEST(Eigen, EmptyArraysGiveEmptyMaps) {
     cow_FixedArray<double> none;
     cow_2DArray<double> flat(0, 4, 0);

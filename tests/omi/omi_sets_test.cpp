@@ -81,6 +81,10 @@ TEST(BitVectorTraversal, StandsNowhereBeforeTheFirstMoveAndAfterTheLastAlsoAtThe
     EXPECT_TRUE(trav.First(i) && trav.Next(i) && i == 0xfffffff0u);
     EXPECT_TRUE(trav.Prev(i) && !trav.Prev(i) && i == 7);
     EXPECT_TRUE(trav.Last(i) && i == 0xffffffffu && !trav.Next(i) && i == 0 && !trav.Prev(i));
+    const Bits few = {7};
+    i = 1u << 30;
+    EXPECT_FALSE(omi_BlkBitVectTrav(&few).SetCurrent(i, true));
+    EXPECT_TRUE(omi_BlkBitVectTrav(&few).SetCurrent(i, false) && i == 7);
     EXPECT_DEATH(SetBitTraverseData(&bits, nullptr), "AssertionFailed:trav .*BlkBitVectTrav:27");
     EXPECT_DEATH(omi_BlkBitVectTrav(nullptr), "AssertionFailed:flist .*BlkBitVectTrav:28");
 }
