@@ -205,26 +205,18 @@ def overview(families, link):
     return "".join(out) + "</svg>"
 
 
-def missed_goals(workloads, goals, link):
+def missed_goals(workloads, goals, bounds, link):
     lines = []
-    for workload in workloads:
-        for entry in workload.of_kind("ours"):
-            for verdict in results.verdicts(workload, entry, goals):
-                if not verdict.met:
-                    against = {"each": "bytes", "bytes": f"bytes of {verdict.against}"}.get(
-                        verdict.goal.measure, f"of {verdict.against}")
-                    lines.append(f'<tr><td><a href="#{link(workload)}">'
-                                 f"{escape(words(workload.name))}</a></td>"
-                                 f"<td>{escape(workload.label)}</td><td>{escape(entry.who)}</td>"
-                                 f"<td>{ratio_text(verdict.reached)} {escape(against)}</td>"
-                                 f"<td>{verdict.goal.target:g}</td></tr>")
+    for workload, (_, name, *others) in results.missed(workloads, goals, bounds):
+        cells = "".join(f"<td>{escape(cell)}</td>" for cell in others)
+        lines.append(f'<tr><td><a href="#{link(workload)}">{escape(words(name))}</a></td>{cells}</tr>')
     if not lines:
         return ""
-    return ("<h2>Goals that are missed</h2><table><tr><th>workload</th><th>arguments</th>"
-            f"<th>ours</th><th>reached</th><th>goal</th></tr>{''.join(lines)}</table>")
+    heads = "".join(f"<th>{head}</th>" for head in results.MISSED[1:])
+    return f"<h2>Goals that are missed</h2><table><tr>{heads}</tr>{''.join(lines)}</table>"
 
 
-def page(families, goals, context, commit, questions):
+def page(families, goals, bounds, context, commit, questions):
     def link(workload):
         return f"{workload.family}-{workload.name}"
 
@@ -256,4 +248,4 @@ def page(families, goals, context, commit, questions):
     return TEMPLATE.format(
         style=STYLE, about=escape(about), tiles=tiles, overview=overview(families, link),
         links="".join(f'<a href="#{family}">{escape(family)}</a>' for family in families),
-        missed=missed_goals(workloads, goals, link), sections="".join(sections))
+        missed=missed_goals(workloads, goals, bounds, link), sections="".join(sections))

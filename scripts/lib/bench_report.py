@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Shows benchmark results as a table, a page with charts and, where asked, in the documentation.
 
-usage: bench_report.py --goals FILE --sources DIR --page FILE [--docs FILE] RESULT.json...
+usage: bench_report.py --goals FILE --bounds FILE --sources DIR --page FILE [--docs FILE]
+                       RESULT.json...
 
 Ends with 1 where results cannot be trusted: names outside the rules, containers that disagree about
 the result of a workload, goals that no workload answers.
@@ -58,12 +59,17 @@ def text_table(lines):
         print("  ".join(cells).rstrip())
 
 
-def markdown(families, context, goals):
+def markdown(families, context, goals, bounds):
     out = [f"Measured on {date_of(context)}, {context['num_cpus']} processors of "
            f"{context['mhz_per_cpu'] / 1000:.1f} GHz, load {context['load_avg'][0]:.1f}. "
            "Processor time; for an entry where a workload works on many."]
     if context["load_avg"][0] > context["num_cpus"] / 2:
         out.append("Other work kept the machine busy at the same time: single figures are uncertain.")
+    everything = [workload for workloads in families.values() for workload in workloads]
+    out += ["", "### Goals that are missed", "", "| " + " | ".join(results.MISSED) + " |",
+            "|---|---|---|---|---|--:|--:|---|---|"]
+    for _, cells in results.missed(everything, goals, bounds):
+        out.append("|" + "|".join(f" {cell} " if cell else " " for cell in cells) + "|")
     out.append("")
     for family, workloads in families.items():
         out += [f"### {family}", "", "| " + " | ".join(HEADINGS) + " |",
@@ -104,6 +110,7 @@ def commit():
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--goals", required=True)
+    parser.add_argument("--bounds", required=True)
     parser.add_argument("--sources", required=True)
     parser.add_argument("--page", required=True)
     parser.add_argument("--docs")
@@ -111,6 +118,7 @@ def main():
     options = parser.parse_args()
 
     goals = results.read_goals(options.goals)
+    bounds = results.read_bounds(options.bounds)
     workloads, context, complaints = results.read_results(options.results)
     families = {}
     for workload in workloads:
@@ -123,10 +131,13 @@ def main():
                    for goal in goals if goal.family in families and not goal.used]
 
     page = pathlib.Path(options.page)
-    page.write_text(bench_page.page(families, goals, context, commit(), questions(options.sources)))
+    page.write_text(bench_page.page(families, goals, bounds, context, commit(), questions(options.sources)))
     if options.docs:
-        write_between_markers(options.docs, markdown(families, context, goals))
+        write_between_markers(options.docs, markdown(families, context, goals, bounds))
 
+    for _, (_, name, label, who, *_, bound) in results.missed(workloads, goals, bounds):
+        if not bound:
+            print(f"note: {name} of {who}, {label}: bench/bounds.txt does not say what bounds it")
     verdicts = results.all_verdicts(workloads, goals)
     print(f"\n{sum(v.met for v in verdicts)} of {len(verdicts)} goals are met; charts: {page}")
     for complaint in complaints:

@@ -10,6 +10,8 @@ import pathlib
 import re
 import statistics
 
+from bench_text import ratio_text
+
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
@@ -84,6 +86,8 @@ class Verdict:
     goal: Goal
     against: str  # the peer, empty for an absolute goal
     reached: float
+    floors: list = dataclasses.field(default_factory=list)  # who does less than was asked, and what
+                                                            # of the peer that takes
 
     @property
     def met(self):
@@ -113,6 +117,12 @@ def read_goals(path):
             patterns = tuple(peers.split(","))
             goals.append(Goal(family, workload, ours, patterns, measure, float(target)))
     return goals
+
+
+def read_bounds(path):
+    """Lines of patterns for family, workload and container, and what bounds those in a few words."""
+    lines = pathlib.Path(path).read_text().splitlines()
+    return [tuple(line.split(None, 3)) for line in lines if line and not line.startswith("#")]
 
 
 def read_results(paths):
@@ -184,7 +194,10 @@ def verdicts(workload, entry, goals):
             best = workload.best(goal.peers, goal.measure)
             mine = value(entry, goal.measure)
             if best is not None and mine is not None:
-                found[goal.measure] = Verdict(goal, best.who, mine / value(best, goal.measure))
+                peer = value(best, goal.measure)
+                floors = [(floor.who, value(floor, goal.measure) / peer)
+                          for floor in workload.of_kind("floor") if value(floor, goal.measure)]
+                found[goal.measure] = Verdict(goal, best.who, mine / peer, floors)
         if goal.measure in found:
             goal.used = True
     return list(found.values())
@@ -193,3 +206,27 @@ def verdicts(workload, entry, goals):
 def all_verdicts(workloads, goals):
     return [verdict for workload in workloads for entry in workload.of_kind("ours")
             for verdict in verdicts(workload, entry, goals)]
+
+
+MISSED = ("family", "workload", "arguments", "ours", "against", "reached", "goal", "floors",
+          "what bounds it")
+
+
+def missed(workloads, goals, bounds):
+    """Each missed goal as its workload and the texts of its columns."""
+    for workload in workloads:
+        for entry in workload.of_kind("ours"):
+            for verdict in verdicts(workload, entry, goals):
+                if verdict.met:
+                    continue
+                against = {"each": "bytes", "bytes": f"bytes of {verdict.against}"}.get(
+                    verdict.goal.measure, verdict.against)
+                floors = ", ".join(f"{who.removeprefix('floor::')} {ratio_text(ratio)}"
+                                   for who, ratio in verdict.floors)
+                asked = (f"{workload.key}:{verdict.goal.measure}", workload.key)
+                bound = next((text for family, name, who, text in bounds
+                              if family == workload.family and fits(entry.who, [who])
+                              and any(fits(each, [name]) for each in asked)), "")
+                yield workload, (workload.family, workload.name, workload.label, entry.who, against,
+                                 ratio_text(verdict.reached), f"{verdict.goal.target:g}", floors,
+                                 bound)
