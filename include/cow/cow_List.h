@@ -79,9 +79,10 @@ class cow_ListBlock {
 // by a sharing list, with removal and with the list. begin()/end() end with any write. A reference
 // from Get() must not be written through after the list has been copied: the copy would change too.
 //
-// Arguments may be elements or storage of the list itself. A bad index ends the process (abort). On
-// exhaustion, also when a length or position would pass 2147483647, std::bad_alloc is thrown and
-// the list holds what it held before. One thread at a time for a list and all its copies.
+// Arguments may be elements of the list itself; of numbers and pointers they may also be in the
+// room behind its end. A bad index ends the process (abort). On exhaustion, also when a length or
+// position would pass 2147483647, std::bad_alloc is thrown and the list holds what it held before.
+// One thread at a time for a list and all its copies.
 //
 // T is copied and default-constructed. A removed element goes at once, its place taken by T(), so
 // that the value a Pop() returned shares nothing with the list; other lists that share the block
@@ -209,11 +210,12 @@ public:
     // Append and Prepend add at either end, O(1) on average, and move no element; v may be an
     // element. AppendUnlessMember looks for v first, with ==: O(n).
     cow_List& Append(const T& v) {
+        const std::conditional_t<std::is_scalar_v<T>, T, const T&> value = v;
         const int length = m_length;
         if (!IsInTail(length)) [[unlikely]]
             MakeTail();
         const TableHead& head = *TableHead::Of(m_table);
-        head.m_tail[static_cast<unsigned>(m_offset + length) - head.m_tailFirst] = v;
+        head.m_tail[static_cast<unsigned>(m_offset + length) - head.m_tailFirst] = value;
         m_length = length + 1;
         return *this;
     }

@@ -148,6 +148,9 @@ TEST(List, TableTakesTheRequiredShapes) {
     List many = Counting(256, 9000);
     EXPECT_TRUE(std::is_sorted(many.begin(), many.end()) && many.Append(256).Length() == 9257);
     EXPECT_EQ(many.Resize(2).Prepend(-9000), List(-9000, -8999, -8998));
+    List roomy = List(1).Resize(2000);
+    const int& beyond = roomy.UncheckedGet(1500) = 7;
+    EXPECT_EQ(roomy.Append(beyond), List(1, 7));  // which gives up the block that 7 was in
 }
 
 TEST(List, WritesCopyTheTableAndTheBlocksTheyChange) {
