@@ -82,7 +82,7 @@ void* TakeCellElsewhere(unsigned kind) {
 
 void GiveBackCellElsewhere(void* cell, unsigned kind) {
     Hand& hand = small_heap::CurrentHand();
-    if (hand.m_reach > 0) [[likely]]
+    if (OffsetOf(cell, hand.m_region) < hand.m_reach) [[likely]]
         return small_heap::PutInHand(hand, cell, kFirstCellClass + kind);
     for (std::size_t i = 0; i < kCell / 8; ++i)
         if (kCellParts[kind] >> i & 1) GiveBackElsewhere(static_cast<char*>(cell) + 8 * i);

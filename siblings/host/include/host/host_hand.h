@@ -67,10 +67,12 @@ inline void* FromHand(unsigned sizeClass) {
 }
 
 // False if the library is to be asked.
+inline std::size_t OffsetOf(const void* block, const char* region) {
+    return reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(region);
+}
 inline bool ToHand(void* block) {
     Hand& hand = t_hand;
-    const std::size_t offset =
-        reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(hand.m_region);
+    const std::size_t offset = OffsetOf(block, hand.m_region);
     if (offset >= hand.m_reach) [[unlikely]]
         return false;
     void*& inHand = hand.m_blocks[ClassAt(hand.m_region, offset)];
@@ -88,11 +90,11 @@ KZM_API void GiveBackElsewhere(void* block);          // null is allowed
 KZM_API void* TakeCellElsewhere(unsigned kind);
 KZM_API void GiveBackCellElsewhere(void* cell, unsigned kind);
 
-// False if the library is to be asked.
+// False if the library is to be asked, also for blocks from elsewhere that lie like a cell.
 inline bool CellToHand(void* cell, unsigned kind) {
     Hand& hand = t_hand;
     void*& inHand = hand.m_blocks[kFirstCellClass + kind];
-    if (inHand || hand.m_reach == 0) return false;
+    if (inHand || OffsetOf(cell, hand.m_region) >= hand.m_reach) return false;
     inHand = cell;
     return true;
 }
