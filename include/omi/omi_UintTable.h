@@ -156,7 +156,8 @@ public:
     // Bytes of this object, its table and its blocks.
     unsigned int Footprint() const;
 
-    // The block that holds the key's cell, null where there is none.
+    // The block that holds the key's cell, null where there is none. Its shape is the table's and
+    // must stay.
     Block* FindTableBlock(unsigned int key) const { return Index().FindBlock(key); }
 
 protected:

@@ -63,6 +63,14 @@ TEST(TinyBlocks, CostLittleMoreThanTheirSizeAndMayGrow) {
             mem_Free(each);
         }
     }
+    for (const mem_CellKind kind : {kMemCellOfThree, kMemCellOfTwo}) {
+        auto* const cell = static_cast<unsigned char*>(mem_TakeCell(kind));
+        if (!cell) continue;  // not where clients are built for debugging
+        auto* const grown = static_cast<unsigned char*>(mem_Realloc(std::memset(cell, 16, 16), 24));
+        EXPECT_TRUE(grown != cell && Intact(grown, 16));
+        for (unsigned char* const each : {grown, cell + 16}) mem_Free(each);
+        if (kind == kMemCellOfThree) mem_Free(cell + 24);
+    }
 }
 
 TEST(TinyBlocks, GiveTheirMemoryBackToOtherSizesAndToTheSystem) {

@@ -1,6 +1,7 @@
 #include <host/host_take.h>
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <new>
 #include <utility>
@@ -365,7 +366,12 @@ void SendWholeAway(void* block) {
 std::size_t SizeOfBlock(const void* block) {
     char* const region = g_region.load(std::memory_order_acquire);
     const std::size_t offset = OffsetOf(block, region);
-    return region && offset < kRegion ? SizeOf(ChunkOf(region, offset).m_class) : 0;
+    if (!region || offset >= kRegion) return 0;
+    const Chunk& chunk = ChunkOf(region, offset);
+    if (!IsOfCells(chunk)) return SizeOf(chunk.m_class);
+    const std::size_t at = offset % kCell;  // a part reaches to the next one
+    const unsigned behind = unsigned{AllParts(chunk)} >> (at / 8 + 1);
+    return behind ? 8 * (static_cast<std::size_t>(std::countr_zero(behind)) + 1) : kCell - at;
 }
 
 void Settle(ThreadCache& owner, Chunk& chunk) {

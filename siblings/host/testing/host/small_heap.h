@@ -39,6 +39,7 @@ inline constexpr unsigned kClasses = host_heap::kSmallClasses;
 using host_heap::kCell;
 using host_heap::kCellParts;
 using host_heap::kFirstCellClass;
+using host_heap::OffsetOf;
 inline constexpr unsigned kUnit = 4;  // places count in these
 inline constexpr unsigned kChunkShift = 16;
 inline constexpr unsigned kRecordShift = 6;
@@ -131,9 +132,6 @@ void Settle(ThreadCache& owner, Chunk& chunk);
 // A part of a cell that the thread of an open hand gives back.
 void GiveBackPart(Hand& hand, void* part);
 
-inline std::size_t OffsetOf(const void* block, const char* region) {
-    return reinterpret_cast<std::uintptr_t>(block) - reinterpret_cast<std::uintptr_t>(region);
-}
 inline char* At(char* region, Place place) { return region + std::size_t{place} * kUnit; }
 inline Place PlaceOf(std::size_t offset) { return static_cast<Place>(offset / kUnit); }
 inline Chunk& ChunkOf(char* region, std::size_t offset) {
