@@ -45,7 +45,7 @@ struct StringModel {
         Program& p = run.p;
         const int pos = p.Int(-4, 60), n = p.Int(-1, 14);
         const bool isOwn = p.OneIn(4);  // the source lies in the string itself
-        const std::size_t from = run.ToEdit().At(pos);
+        const std::size_t from = run.ToEdit().At(pos + 1);
         const bool isInside = pos >= 0 && pos < static_cast<int>(run.ToEdit().size());
         const bool isShort = run.ToEdit().size() < 150;
         std::string text(p.Below(12), ' ');
@@ -236,7 +236,7 @@ struct ArrayModel {
 
 std::vector<Model> Sequences() {
     return {
-        {"String", 5592916861327902450u, Run<StringModel>::Of},
+        {"String", 2037359666564602846u, Run<StringModel>::Of},
         {"ListOfInt", 17931418331939303682u, Run<ListModel<int>>::Of},
         {"ListOfDouble", 14435612045041795332u, Run<ListModel<double>>::Of},
         {"ListOfString", 12989434470234003002u, Run<ListModel<cow_String>>::Of},
