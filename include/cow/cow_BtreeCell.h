@@ -13,6 +13,7 @@
 template <class Node>
 class cow_BtreeCell {
 public:
+    // What a tree keeps of each node.
     using Handle = cow_COW<Node, cow_Direct<Node>>;
 
     // The node of a handle that has one.
@@ -44,6 +45,7 @@ public:
         return NewHandle([&other]() -> const Handle& { return other; });
     }
 
+    // A node in a block of its own, for the handle that the caller gives it to.
     template <class... Args>
     static Node* NewNode(const Args&... args) {
         void* const block = mem_OperatorNewThrow(sizeof(Node));

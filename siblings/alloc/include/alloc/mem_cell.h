@@ -12,12 +12,14 @@ enum mem_CellKind : unsigned {
 };
 inline constexpr std::size_t kMemCell = 64;  // bytes, and what cells are aligned to
 
-// Whether there are any for code that is compiled like this.
 #ifdef KZM_INLINE_HEAP
-constexpr bool kMemHasCells = true;
+#define KZM_HAS_CELLS true
 #else
-constexpr bool kMemHasCells = false;
+#define KZM_HAS_CELLS false
 #endif
+// Whether there are any for code that is compiled like this.
+constexpr bool kMemHasCells = KZM_HAS_CELLS;
+#undef KZM_HAS_CELLS
 
 // Null where the heap has no cells or no memory for one, or a test counts blocks: then the caller
 // takes its blocks one by one. Never throws.
