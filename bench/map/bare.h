@@ -51,6 +51,18 @@ public:
         }
         return node->value;
     }
+    template <class F>
+    void Each(F f) const {
+        const Node* way[32];  // still to visit, with what is behind them
+        const Node** top = way;
+        for (const Node* node = &m_top->node;;) {
+            for (; node; node = NodeOf(node->children[0])) *top++ = node;
+            if (top == way) return;
+            node = *--top;
+            f(node->key, node->value);
+            node = NodeOf(node->children[1]);
+        }
+    }
 
 private:
     static constexpr std::size_t kMostGuesses = 4096;  // branches that the processor can learn
@@ -66,6 +78,8 @@ private:
         Handle* children[2];
         int depth;
     };
+    static const Node* NodeOf(const Handle* handle) { return handle ? handle->node : nullptr; }
+
     struct alignas(64) Cell {
         Handle handle;
         Node node;

@@ -190,7 +190,7 @@ using Floors = bench::Types<bench::BareMap, bench::BareTree<int>>;
 KZM_WORKLOAD(FindInt, Counts, Ours, Peers, bench::BoostFlat<int, int>, Floors);
 KZM_WORKLOAD(MissInt, Counts, Ours, Peers);
 KZM_WORKLOAD(EraseInsert, Counts, Ours, Peers);
-KZM_WORKLOAD(IterateInt, Counts, Ours, Peers, bench::BoostFlat<int, int>);
+KZM_WORKLOAD(IterateInt, Counts, Ours, Peers, bench::BoostFlat<int, int>, bench::BareTree<int>);
 KZM_WORKLOAD(SnapshotInsert, Snapshots, Ours, Peers, bench::WayOfBlocks);
 KZM_WORKLOAD(CopyDrop, Counts, Ours, Peers);
 KZM_WORKLOAD(InsertText, Names, OurTexts, TextPeers);

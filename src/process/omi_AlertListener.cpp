@@ -38,11 +38,12 @@ void omi_AlertListener::Disarm() {
 }
 
 void omi_AlertListener::Stop() {
-    if (m_threadId == 0) return;
+    // A handler may end the process, and so get here: its thread cannot wait for itself, and
+    // another one may be waiting for it.
+    if (m_threadId == 0 || m_threadId == platform::ThreadId()) return;
     while (platform::Post(m_threadId, {kAlertMessage, kAlertStop, 0}) == platform::Posted::kFull)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    // A handler may end the process, and so get here: the wait for itself would never end.
-    if (m_threadId != platform::ThreadId()) platform::Wait(m_handle);
+    platform::Wait(m_handle);
     platform::Close(m_handle);
     m_handle = nullptr;
     m_threadId = 0;
