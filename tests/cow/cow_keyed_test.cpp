@@ -65,7 +65,9 @@ std::string ShapeOf(const std::vector<int>& inserted, const std::vector<int>& re
 
 TEST(Btree, RotatesOnceAndTreatsMissingChildrenAsLeaves) {
     EXPECT_EQ(ShapeOf<Tree>({1, 2, 3, 4, 5}), "3(2(1 .) 4(. 5))");
+    EXPECT_EQ(ShapeOf<Tree>({2, 1}), "2(1 .)");
     EXPECT_EQ(ShapeOf<Tree>({4, 3, 2, 1}), "3(2(1 .) 4)");
+    EXPECT_EQ(ShapeOf<Tree>({5, 3, 7, 2, 4, 8, 1}, {5}), "3(2(1 .) 7(4 8))");
     EXPECT_EQ(ShapeOf<Tree>({1, 4, 2, 3}), "4(1(. 2(. 3)) .)");
     EXPECT_EQ(ShapeOf<Tree>({4, 2, 8, 1, 3, 6, 9, 5, 7}, {4, 5}), "6(2(1 3) 8(7 9))");
     EXPECT_EQ(ShapeOf<Tree>({5, 3, 7, 2, 8, 1}, {8}), "3(2(1 .) 5(. 7))");

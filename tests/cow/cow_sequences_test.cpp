@@ -147,6 +147,8 @@ TEST(List, TableTakesTheRequiredShapes) {
         EXPECT_EQ(kzm_ListView::Of(Counting(256, n)).find(shape), 0) << n;
     List many = Counting(256, 9000);
     EXPECT_TRUE(std::is_sorted(many.begin(), many.end()) && many.Append(256).Length() == 9257);
+    EXPECT_TRUE(std::is_sorted(std::reverse_iterator(many.end()),
+                               std::reverse_iterator(many.begin()), std::greater()));
     EXPECT_EQ(many.Resize(2).Prepend(-9000), List(-9000, -8999, -8998));
     List roomy = List(1).Resize(2000);
     const int& beyond = roomy.UncheckedGet(1500) = 7;

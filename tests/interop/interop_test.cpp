@@ -127,6 +127,9 @@ TEST_WITH_REFUSALS(Resources, ContainersTakeTheirMemoryFromPoliciesPoolsAndAlloc
     EXPECT_TRUE(pool.Requests() == 2 * requests && pool.Blocks() == 0);
     Policy::Finalize();
     FillContainers(smallBlocks);
+    void* const zeros = KZMBasMemSmallBlockAllocator::allocate(24);
+    EXPECT_EQ(std::string_view(static_cast<char*>(zeros), 24), std::string(24, '\0'));
+    KZMBasMemSmallBlockAllocator::deallocate(zeros);
     FillContainers(temporary);
     EXPECT_GT(arrays.tempBytesAllocated(), 0u);
     EXPECT_EQ(arrays.tempBytesAllocated(), arrays.tempBytesFreed());

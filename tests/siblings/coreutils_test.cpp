@@ -26,6 +26,7 @@ TEST_WITH_REFUSALS(Format, ArgumentsKeepTheirTypeAndDirectivesWithoutOneStay) {
         {atr_format("%d%%, %lld %%s", "text", INT64_MIN), "text%, -9223372036854775808 %s"},
         {atr_format("%u %c %g %f %i", UINT64_MAX, 'x', 0.1F, 0.1, true),
          "18446744073709551615 x 0.1 0.1 true"},
+        {atr_format("%X %Z", 1, 2), "1 2"},
         {atr_format("%p", reinterpret_cast<const void*>(0xBAD1)), "0xbad1"},
         {atr_format("%s %s %n", atr_String("%s%n")), "%s%n %s %n"},
         {atr_format("50% of %h %", 1), "50% of %h %"},
