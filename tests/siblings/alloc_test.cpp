@@ -5,6 +5,7 @@
 #include <host/host_heap.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cstring>
 #include <random>
@@ -104,12 +105,16 @@ TEST(TinyBlocks, MayBeFreedByAnyThreadAndAfterTheStop) {
             };
             for (int i = 0; i < 60000; ++i) {
                 exchange(Take(static_cast<unsigned>(rng() % 205 + 1)));
-                auto* const cell = static_cast<unsigned char*>(mem_TakeCell(kMemCellOfThree));
+                const mem_CellKind kind = rng() % 2 ? kMemCellOfThree : kMemCellOfTwo;
+                auto* const cell = static_cast<unsigned char*>(mem_TakeCell(kind));
                 if (cell && rng() % 4 == 0)
-                    mem_FreeCell(cell, kMemCellOfThree);
+                    mem_FreeCell(cell, kind);
                 else if (cell)
-                    for (const auto& [at, size] : {std::pair{0, 16}, {16, 4}, {24, 40}})
-                        exchange(static_cast<unsigned char*>(std::memset(cell + at, size, size)));
+                    for (const auto& [at, three, two] :
+                         {std::array{0, 16, 16}, {16, 4, 48}, {24, 40, 0}})
+                        if (const int size = kind == kMemCellOfThree ? three : two)
+                            exchange(
+                                static_cast<unsigned char*>(std::memset(cell + at, size, size)));
             }
         };
         {
