@@ -17,7 +17,7 @@ FOLDER_LAYER = {"cow": "values", "omi": "values", "runtime": "runtime", "errors"
 UPWARDS = [
     (r"src/runtime/KZMBasShared\.cpp", r"(errors|process|files)/.*"),  # starts the layers above
     (r"siblings/alloc/.*/KZMBasMemPoolCow\.(h|cpp)", r"runtime/omi_Singleton\.h"),
-    (r"src/omi/omi_tables_\d\.cpp", r"runtime/KZMBasSrmAllocator\.h"),  # instances with pools
+    (r"src/omi/omi_tables_define\.h", r"runtime/KZMBasSrmAllocator\.h"),  # instances with pools
     (r".*", r"runtime/mem_AllocationOperators\.h"),  # stands on the alloc sibling alone
 ]
 # The two families of values meet only where one holds the other's.
