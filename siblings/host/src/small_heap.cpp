@@ -26,8 +26,8 @@ constinit Chunk* g_idle = nullptr;      // with memory, of no size
 constinit Chunk* g_returned = nullptr;  // without
 constinit ThreadCache* g_caches = nullptr;
 constinit bool g_refused = false;           // the region could not be had; not asked again
-constinit bool g_watching = false;          // from Start to Stop
-constinit bool g_stopped = false;           // with blocks alive: the last one ends the region
+constinit bool g_watching = false;          // from Start to Stop, or on while there are caches
+constinit bool g_stopped = false;           // the last block or cache ends the region
 constinit std::atomic<bool> g_open{false};  // false: threads need not ask for a cache
 
 struct Guard {
@@ -84,7 +84,7 @@ bool HaveRegion() {
 }
 
 void ReleaseRegionIfIdle() {
-    if (!g_stopped || g_chunksInUse > 0) return;
+    if (!g_stopped || g_caches || g_chunksInUse > 0) return;
     g_stopped = false;
     g_refused = false;
     if (Region()) small_system::Release(Region(), kRegion);
@@ -298,7 +298,7 @@ void End(ThreadCache& cache) {
 
 // Gives the calling thread a cache; null while stopped or if it cannot have one.
 Hand* Attach() {
-    if (!g_watching || !HaveRegion()) return nullptr;
+    if (!g_open.load(std::memory_order_relaxed) || !HaveRegion()) return nullptr;
     void* const memory = std::malloc(sizeof(ThreadCache));
     Hand* const hand = memory ? small_system::AttachHand() : nullptr;
     if (!hand) {
@@ -392,18 +392,21 @@ void Settle(ThreadCache& owner, Chunk& chunk) {
 void Start() {
     const Guard guard;
     g_stopped = false;
-    g_watching = small_system::WatchThreads();
+    g_watching = g_watching || small_system::WatchThreads();
     g_open.store(g_watching, std::memory_order_relaxed);
 }
 
 void Stop() {
     {
         const Guard guard;
-        if (!std::exchange(g_watching, false)) return;
+        if (!g_watching) return;
         g_open.store(false, std::memory_order_relaxed);
-        while (ThreadCache* const cache = g_caches) End(*cache);
+        if (ThreadCache* const own = CurrentHand().m_cache) End(*own);
+        while (g_caches && !small_system::ProcessMayEnd()) End(*g_caches);
         g_stopped = true;
         ReleaseRegionIfIdle();
+        if (g_caches) return;  // threads that go on have what is theirs until they end
+        g_watching = false;
     }
     small_system::UnwatchThreads();
 }
@@ -411,6 +414,7 @@ void Stop() {
 void ThreadEnds(Hand& hand) {
     const Guard guard;
     if (hand.m_cache) End(*hand.m_cache);
+    ReleaseRegionIfIdle();
 }
 
 void CloseHand() {

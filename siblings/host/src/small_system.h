@@ -21,6 +21,10 @@ void Unlock();
 bool WatchThreads();
 void UnwatchThreads();
 
+// Whether the process may be ending, so that other threads may be at work still (Linux) or were
+// ended anywhere in it (Windows). Not so while the library is unloaded.
+bool ProcessMayEnd();
+
 // The calling thread's hand, null if it cannot have one or is about to end. Lock is held.
 small_heap::Hand* AttachHand();
 

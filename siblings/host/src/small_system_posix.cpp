@@ -1,21 +1,38 @@
 #include "small_system.h"
 
+#include <dlfcn.h>
 #include <pthread.h>
 #include <small_current.h>
 #include <sys/mman.h>
 
 #include <cstdint>
+#include <cstdlib>
+#include <utility>
 
 namespace {
 
 constinit pthread_mutex_t g_lock = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
 constinit pthread_key_t g_threadEnd = 0;
+constinit bool g_watching = false;
+constinit bool g_processMayEnd = true;
 
 void OnThreadEnd(void* hand) {
     auto* const ending = static_cast<small_heap::Hand*>(hand);
     ending->m_ended = true;
     small_heap::ThreadEnds(*ending);
 }
+
+// What the program was started with is never unloaded. What it has loaded since registers a routine
+// that runs before the libraries' entry routines when the process ends, and after them otherwise.
+__attribute__((constructor)) void Loaded() {
+    void* const program = dlopen(nullptr, RTLD_LAZY);
+    if (!program) return;
+    const bool fromStart = dlsym(program, "_ZN9host_heap6t_handE") != nullptr;
+    dlclose(program);
+    g_processMayEnd = fromStart || std::atexit([] { g_processMayEnd = true; }) != 0;
+}
+
+__attribute__((destructor)) void Unloaded() { small_system::UnwatchThreads(); }
 
 }  // namespace
 
@@ -43,8 +60,16 @@ void Release(char* region, std::size_t size) { munmap(region, size); }
 void Lock() { pthread_mutex_lock(&g_lock); }
 void Unlock() { pthread_mutex_unlock(&g_lock); }
 
-bool WatchThreads() { return pthread_key_create(&g_threadEnd, &OnThreadEnd) == 0; }
-void UnwatchThreads() { pthread_key_delete(g_threadEnd); }
+bool WatchThreads() {
+    g_watching = pthread_key_create(&g_threadEnd, &OnThreadEnd) == 0;
+    return g_watching;
+}
+
+void UnwatchThreads() {
+    if (std::exchange(g_watching, false)) pthread_key_delete(g_threadEnd);
+}
+
+bool ProcessMayEnd() { return g_processMayEnd; }
 
 small_heap::Hand* AttachHand() {
     small_heap::Hand* const hand = &host_heap::t_hand;

@@ -6,6 +6,8 @@
 
 #include <cstdlib>
 
+extern "C" NTSYSAPI BOOLEAN NTAPI RtlDllShutdownInProgress();
+
 namespace {
 
 constexpr DWORD kDirectSlots = 64;  // those in the thread's own block
@@ -90,6 +92,8 @@ void UnwatchThreads() {
     FlsFree(g_end);
     TlsFree(slot);
 }
+
+bool ProcessMayEnd() { return RtlDllShutdownInProgress() != FALSE; }
 
 small_heap::Hand* AttachHand() {
     if (TlsGetValue(g_slot)) return nullptr;
