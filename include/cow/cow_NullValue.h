@@ -7,9 +7,9 @@
 
 // Bookkeeping of the null values that cow_Btree hands out. They are counted values, so each thread
 // has its own. They live until the library stops, those of ended threads too: a reference to one
-// may have been handed on. A copy of one shares with it and so belongs to its thread, as copies do.
-// A module with instances of its own, for types that the library holds none for, must stay loaded
-// as long.
+// may have been handed on; when the process ends by itself they stay. A copy of one shares with it
+// and so belongs to its thread, as copies do. A module with instances of its own, for types that
+// the library holds none for, must stay loaded as long.
 struct cow_NullValueLink {
     cow_NullValueLink* m_next;
     void (*m_destroy)(cow_NullValueLink*);

@@ -9,6 +9,7 @@
 #include <process/omi_AlertListener.h>
 #include <process/omn_FPESetting.h>
 #include <runtime/KZMBasShared.h>
+#include <runtime/loader_entry.h>
 #include <runtime/rgx_ReCompileCache.h>
 
 #include <cstring>
@@ -44,6 +45,10 @@ void StartFloatingPoint() {
     KZMBasCallstackInit();
 }
 
+void ReleaseNullValues() {
+    if (!kzm_ProcessEnds()) cow_ReleaseNullValues();  // the threads that they belong to may go on
+}
+
 struct Module {
     void (*initialize)(int& count);
     void (*finalize)(int& count);
@@ -56,7 +61,7 @@ constexpr Module kModules[] = {
     {KZMBasCoreUtils_initialize, KZMBasCoreUtils_finalize},
     {KZMBasGenericsLib_initialize, KZMBasGenericsLib_finalize},
     {KZMBasAlloc_initialize, KZMBasAlloc_finalize},
-    kOwn<Nothing, cow_ReleaseNullValues>,
+    kOwn<Nothing, ReleaseNullValues>,
     {KZMBasUtils_initialize, KZMBasUtils_finalize},
     kOwn<>,
     kOwn<Nothing, KZMBasAtiGlobalSingleton<rgx_ReCompileCache>::Finalize>,

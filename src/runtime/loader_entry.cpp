@@ -4,6 +4,7 @@
 namespace {
 constinit int g_countOfLoader = 0;
 constinit bool g_started = false;
+constinit bool g_processEnds = false;
 }  // namespace
 
 void kzm_LibraryLoaded() noexcept {
@@ -14,8 +15,11 @@ void kzm_LibraryLoaded() noexcept {
     }
 }
 
-void kzm_LibraryUnloaded() noexcept {
+bool kzm_ProcessEnds() { return g_processEnds; }
+
+void kzm_LibraryUnloaded(bool processEnds) noexcept {
     if (!g_started) return;
+    g_processEnds = processEnds;
     try {
         KZMBasShared_finalize(g_countOfLoader);
     } catch (...) {

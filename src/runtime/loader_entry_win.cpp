@@ -3,8 +3,8 @@
 
 extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID);
 
-extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
+extern "C" BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID processEnds) {
     if (reason == DLL_PROCESS_ATTACH) kzm_LibraryLoaded();
-    if (reason == DLL_PROCESS_DETACH) kzm_LibraryUnloaded();
+    if (reason == DLL_PROCESS_DETACH) kzm_LibraryUnloaded(processEnds != nullptr);
     return TRUE;
 }

@@ -9,11 +9,8 @@
 #include <support/refused_new.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstdlib>
 #include <cstring>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
@@ -117,23 +114,6 @@ TEST(AllocationOperators, NewAndDeleteUseTheProductHeap) {
     };
     check(mem_AllocationOperators());
     check(mem_AllocationOperatorsTiny());
-}
-
-TEST(AllocationOperators, ServeAThreadThatWorksOnWhileTheProcessEnds) {
-    const auto end = [] {
-        std::atomic<int> rounds = 0;
-        std::thread([&rounds] {
-            std::vector<void*> blocks(500);
-            for (std::size_t i = 0;; ++i, rounds = i >= 100000) {
-                void*& each = blocks[i * i % blocks.size()];
-                mem_AllocationOperatorsTiny::operator delete(each);
-                each = mem_AllocationOperatorsTiny::operator new(8 + i % 3 * 8);
-            }
-        }).detach();
-        while (rounds == 0) std::this_thread::yield();
-        std::exit(5);
-    };
-    for (int i = 0; i < 5; ++i) EXPECT_EXIT(end(), testing::ExitedWithCode(5), "");
 }
 
 // Hands out addresses whatever the size and writes down what it is asked for.

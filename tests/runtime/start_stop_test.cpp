@@ -1,6 +1,7 @@
 #include <alloc/KZMBasAlloc.h>
 #include <alloc/omi_SingletonRegistry.h>
 #include <coreutils/KZMBasCoreUtils.h>
+#include <cow/cow_Btree.h>
 #include <errors/KZMBasUtils.h>
 #include <errors/KZMBasUtlVersion.h>
 #include <files/KZMBasFilStracePhase.h>
@@ -18,8 +19,13 @@
 #include <support/memory_failure.h>
 #include <support/registry_record.h>
 
+#include <atomic>
 #include <climits>
+#include <cstdlib>
+#include <memory>
+#include <thread>
 #include <tuple>
+#include <vector>
 
 namespace {
 
@@ -145,6 +151,24 @@ TEST_F(StartStop, TheEnvironmentIsReadAtEachStart) {
         EXPECT_EQ(KZMBasParallelDebugLevel(), levelRead);
         KZMBasShared_finalize(count);
     }
+}
+
+TEST(ProcessEnd, LeavesToThreadsAtWorkWhatTheyHave) {
+    const auto end = [] {
+        std::atomic<bool> working = false;
+        std::thread([&working] {
+            std::vector<std::unique_ptr<int, decltype(&mem_Free)>> blocks;
+            for (unsigned i = 0; i < 500; ++i) blocks.emplace_back(nullptr, &mem_Free);
+            cow_Btree<cow_String, cow_String> tree;
+            for (unsigned i = 0;; ++i, working = i >= 100000) {
+                blocks[i * i % 500].reset(new (mem_OperatorNewTinyThrow(8 + i % 9)) int(3));
+                if (tree.Find(cow_String()) != cow_String()) std::abort();
+            }
+        }).detach();
+        while (!working) std::this_thread::yield();
+        std::exit(5);
+    };
+    for (int i = 0; i < 5; ++i) EXPECT_EXIT(end(), testing::ExitedWithCode(5), "");
 }
 
 }  // namespace

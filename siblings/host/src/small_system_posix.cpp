@@ -23,13 +23,13 @@ void OnThreadEnd(void* hand) {
 }
 
 // What the program was started with is never unloaded. What it has loaded since registers a routine
-// that runs before the libraries' entry routines when the process ends, and after them otherwise.
+// that runs before the entry routines when the process ends, and after them when it is unloaded.
 __attribute__((constructor)) void Loaded() {
-    void* const program = dlopen(nullptr, RTLD_LAZY);
-    if (!program) return;
-    const bool fromStart = dlsym(program, "_ZN9host_heap6t_handE") != nullptr;
-    dlclose(program);
-    g_processMayEnd = fromStart || std::atexit([] { g_processMayEnd = true; }) != 0;
+    if (void* const program = dlopen(nullptr, RTLD_LAZY)) {
+        g_processMayEnd = dlsym(program, "_ZN9host_heap6t_handE") != nullptr ||
+                          std::atexit([] { g_processMayEnd = true; }) != 0;
+        dlclose(program);
+    }
 }
 
 __attribute__((destructor)) void Unloaded() { small_system::UnwatchThreads(); }
