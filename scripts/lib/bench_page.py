@@ -5,7 +5,7 @@ import math
 import re
 
 import bench_results as results
-from bench_text import bytes_text, date_of, ratio_text, time_text
+from bench_text import bytes_text, circumstances, ratio_text, time_text
 
 STYLE = """
 :root { --ground: #fff; --card: #f8f9fb; --line: #dfe3ea; --text: #1c2430; --soft: #5c6675;
@@ -228,8 +228,7 @@ def page(families, goals, bounds, context, commit, questions):
                (f"{sum(v.met for v in verdicts)} / {len(verdicts)}", "goals met"))
     tiles = "".join(f'<div class="tile"><b>{figure}</b><span class="soft">{text}</span></div>'
                     for figure, text in figures)
-    about = (f"{date_of(context)} · {context['num_cpus']} processors of "
-             f"{context['mhz_per_cpu'] / 1000:.1f} GHz · load {context['load_avg'][0]:.1f}"
+    about = (circumstances(context)
              + (f" · version {commit}" if commit else "") +
              " · medians of processor time, for an entry where a workload works on many")
     sections = []

@@ -16,8 +16,8 @@ import sys
 
 import bench_page
 import bench_results as results
-import plain_errors  # noqa: F401
-from bench_text import bytes_text, date_of, ratio_text, time_text
+from bench_text import bytes_text, circumstances, ratio_text, time_text
+from plain_errors import write_whole
 
 
 def goal_text(verdict):
@@ -60,8 +60,7 @@ def text_table(lines):
 
 
 def markdown(families, context, goals, bounds):
-    out = [f"Measured on {date_of(context)}, {context['num_cpus']} processors of "
-           f"{context['mhz_per_cpu'] / 1000:.1f} GHz, load {context['load_avg'][0]:.1f}. "
+    out = [f"Measured on {circumstances(context)}. "
            "Processor time; for an entry where a workload works on many."]
     if context["load_avg"][0] > context["num_cpus"]:  # one is the measured program itself
         out.append("Other work kept the machine busy at the same time: single figures are uncertain.")
@@ -88,7 +87,7 @@ def write_between_markers(path, text):
     if begin not in old or end not in old:
         sys.exit(f"error: {path} has no markers for the tables")
     head, _, rest = old.partition(begin)
-    path.write_text(head + begin + "\n" + text + end + rest.partition(end)[2])
+    write_whole(path, head + begin + "\n" + text + end + rest.partition(end)[2])
 
 
 def questions(sources):
@@ -131,7 +130,8 @@ def main():
                    for goal in goals if goal.family in families and not goal.used]
 
     page = pathlib.Path(options.page)
-    page.write_text(bench_page.page(families, goals, bounds, context, commit(), questions(options.sources)))
+    write_whole(page, bench_page.page(families, goals, bounds, context, commit(),
+                                      questions(options.sources)))
     if options.docs:
         write_between_markers(options.docs, markdown(families, context, goals, bounds))
 

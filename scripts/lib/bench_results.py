@@ -10,7 +10,7 @@ import pathlib
 import re
 import statistics
 
-from bench_text import ratio_text
+from bench_text import circumstances, ratio_text
 
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
@@ -129,40 +129,44 @@ def read_results(paths):
     """The workloads in the order of their registration, the context of the run, and complaints."""
     workloads, complaints, context = {}, [], {}
     for path in map(pathlib.Path, paths):
-        family = path.stem
         try:
             document = json.loads(path.read_text())
+            circumstances(document["context"])
             context = context or document["context"]
             runs = [run for run in document["benchmarks"] if run.get("run_type") == "iteration"]
-        except (ValueError, KeyError, TypeError, AttributeError) as error:
-            raise SystemExit(f"error: {path} holds no results of benchmarks: {error}") from error
-        runs.sort(key=lambda run: (run["family_index"], run["per_family_instance_index"]))
-        for run in runs:
-            name = re.sub(r"/(iterations|repeats|min_time|\w+_time)\b[^/]*", "", run["run_name"])
-            parts = name.split("/")
-            if len(parts) < 2 or not re.fullmatch(r"[A-Z][A-Za-z0-9]*", parts[0]):
-                complaints.append(f"{family}: {name} is not named Workload/who/arguments")
-                continue
-            if run.get("error_occurred"):
-                complaints.append(f"{family}: {name}: {run.get('error_message')}")
-                continue
-            key = (family, parts[0], tuple(parts[2:]))
-            workload = workloads.setdefault(key, Workload(*key))
-            entry = next((e for e in workload.entries if e.who == parts[1]), None)
-            if entry is None:
-                entry = Measured(parts[1])
-                workload.entries.append(entry)
-            # Processor time: what other programs do on the machine is no part of it.
-            if run.get("items_per_second"):
-                entry.times.append(1e9 / run["items_per_second"])
-                entry.per_item = True
-            else:
-                entry.times.append(run["cpu_time"] * UNITS[run["time_unit"]])
-            entry.results.add(run.get("result"))
-            entry.bytes_each = run.get("bytes", entry.bytes_each)
+            runs.sort(key=lambda run: (run["family_index"], run["per_family_instance_index"]))
+            for run in runs:
+                complaints += take_up(workloads, path.stem, run)
+        except (ValueError, LookupError, TypeError, AttributeError) as error:
+            raise SystemExit(f"error: {path} holds no results of benchmarks: {error!r}") from error
     for workload in workloads.values():
         complaints += disagreements(workload)
     return list(workloads.values()), context, list(dict.fromkeys(complaints))
+
+
+def take_up(workloads, family, run):
+    """Adds one repetition to the workload it belongs to, or complains."""
+    name = re.sub(r"/(iterations|repeats|min_time|\w+_time)\b[^/]*", "", run["run_name"])
+    parts = name.split("/")
+    if len(parts) < 2 or not re.fullmatch(r"[A-Z][A-Za-z0-9]*", parts[0]):
+        return [f"{family}: {name} is not named Workload/who/arguments"]
+    if run.get("error_occurred"):
+        return [f"{family}: {name}: {run.get('error_message')}"]
+    key = (family, parts[0], tuple(parts[2:]))
+    workload = workloads.setdefault(key, Workload(*key))
+    entry = next((e for e in workload.entries if e.who == parts[1]), None)
+    if entry is None:
+        entry = Measured(parts[1])
+        workload.entries.append(entry)
+    # Processor time: what other programs do on the machine is no part of it.
+    if run.get("items_per_second"):
+        entry.times.append(1e9 / run["items_per_second"])
+        entry.per_item = True
+    else:
+        entry.times.append(run["cpu_time"] * UNITS[run["time_unit"]])
+    entry.results.add(run.get("result"))
+    entry.bytes_each = run.get("bytes", entry.bytes_each)
+    return []
 
 
 def disagreements(workload):

@@ -26,5 +26,7 @@ def ratio_text(ratio):
     return f"{ratio:.2f}" if ratio < 9.995 else f"{ratio:.0f}"
 
 
-def date_of(context):
-    return datetime.datetime.fromisoformat(context["date"]).strftime("%Y-%m-%d %H:%M")
+def circumstances(context):
+    date = datetime.datetime.fromisoformat(context["date"]).strftime("%Y-%m-%d %H:%M")
+    return (f"{date}, {context['num_cpus']} processors of {context['mhz_per_cpu'] / 1000:.1f} GHz, "
+            f"load {context['load_avg'][0]:.1f}")

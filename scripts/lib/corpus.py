@@ -8,20 +8,21 @@ import hashlib
 import pathlib
 import sys
 
-import plain_errors  # noqa: F401
+from plain_errors import write_whole
 
 
 def unpack(file, folder):
+    lines = file.read_text().split() if file.exists() else []
+    programs = [base64.b64decode(line, validate=True) for line in lines]
     folder.mkdir(parents=True, exist_ok=True)
-    for line in file.read_text().split() if file.exists() else []:
-        program = base64.b64decode(line, validate=True)
+    for program in programs:
         (folder / hashlib.sha1(program).hexdigest()).write_bytes(program)
 
 
 def pack(folder, file):
     programs = sorted({each.read_bytes() for each in folder.iterdir()}, key=lambda p: (len(p), p))
     file.parent.mkdir(parents=True, exist_ok=True)
-    file.write_text("".join(base64.b64encode(each).decode() + "\n" for each in programs if each))
+    write_whole(file, "".join(base64.b64encode(each).decode() + "\n" for each in programs if each))
 
 
 if len(sys.argv) != 4 or sys.argv[1] not in ("pack", "unpack"):

@@ -24,6 +24,7 @@ import time
 from pathlib import Path
 
 from mutation_sites import Source, instrumented
+from plain_errors import write_whole
 
 TOP = Path(__file__).resolve().parents[2]
 WORK = TOP / "build/mutation"
@@ -86,7 +87,7 @@ def numbered(sites):
     for site in sites:
         known.setdefault(site.key, len(known) + 1)
     WORK.mkdir(parents=True, exist_ok=True)
-    file.write_text(json.dumps(known))
+    write_whole(file, json.dumps(known))
     return {known[site.key]: site for site in sites}
 
 
