@@ -10,6 +10,9 @@ function(kzm_compile_defaults target)
     # This release sees overlapping copies in every `"text" + std::string` that it inlines.
     target_compile_options(${target} PRIVATE -Wno-restrict)
   endif()
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    target_compile_options(${target} PRIVATE -Wno-sign-conversion)  # no part of it in GCC's C++
+  endif()
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     # Without these, 32-bit results would differ from those of the 64-bit build in the last bits.
     target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse -mstackrealign)

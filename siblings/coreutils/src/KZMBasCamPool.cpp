@@ -9,8 +9,9 @@ KZMBasCamPool::KZMBasCamPool(const char* name) : m_name(name ? name : "") {}
 KZMBasCamPool::~KZMBasCamPool() = default;
 
 void* KZMBasCamPool::Alloc(unsigned size) {
-    if (size > SIZE_MAX - kHeader) throw std::bad_alloc();
-    void* const header = host_heap::Take(kHeader + size);
+    const std::size_t whole = kHeader + size;
+    if (whole < size) throw std::bad_alloc();
+    void* const header = host_heap::Take(whole);
     *static_cast<unsigned*>(header) = size;
     CountTaken(size);
     return static_cast<char*>(header) + kHeader;
