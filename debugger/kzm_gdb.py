@@ -602,11 +602,11 @@ class SparseSet(View):
     def text(self):
         count, values = int(self.value["m_count"]), self.value["m_values"]
         check(int(values["m_size"]) == count and 0 <= count <= int(values["m_capacity"]))
+        ordered = count < 2 or int(self.value["m_unique"])
         negative = self.value["m_negative"]
         if int(negative):
             count += int(bit_count(negative.dereference()))
-        unordered = "" if int(self.value["m_unique"]) else ", repeats not dropped yet"
-        return self.title(f"of length {count}{unordered}")
+        return self.title(f"of length {count}{'' if ordered else ', repeats not dropped yet'}")
 
     def items(self):
         number = itertools.count()

@@ -1,4 +1,5 @@
 #pragma once
+#include <alloc/mem_cell.h>
 #include <cow/cow_Map.h>
 
 #include <type_traits>
@@ -125,7 +126,9 @@ void cow_Map<K, V>::PullUpCopies(Handle& top) {
 
 template <class K, class V>
 typename cow_Map<K, V>::Node* cow_Map<K, V>::NewNode(const K& key, const V& value) {
-    void* const block = mem_OperatorNewTinyThrow(sizeof(Node));  // packed: more in the caches
+    // Where the heap is known to take nodes there as well: packed, more of them are in the caches.
+    void* const block =
+        kMemHasCells ? mem_OperatorNewTinyThrow(sizeof(Node)) : mem_OperatorNewThrow(sizeof(Node));
     try {
         return ::new (block) Node(key, value);
     } catch (...) {

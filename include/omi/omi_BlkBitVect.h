@@ -70,9 +70,10 @@ public:
     // that single-bit operations have emptied counts as present.
     bool operator==(const omi_BlkBitVect& other) const;
 
-    // 0 for no difference, else a sign: by the number of members, then by the first of the other's
-    // blocks that only one side has, then by the first unequal word. Not antisymmetric where the
-    // tables differ in length.
+    // 0 for no difference, else what decides first: the difference of the numbers of members; then
+    // slot by slot of the other's, a block that only one side has (the number of slots left,
+    // negative if the other has it) or unequal words (1 or -1). Not antisymmetric where the tables
+    // differ in length.
     int Compare(const omi_BlkBitVect& other) const;
 
     // By members alone, whatever the shapes. Word by word over the present blocks.

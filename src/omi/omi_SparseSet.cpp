@@ -73,7 +73,7 @@ bool omi_SparseSet::operator==(const omi_SparseSet& other) const {
 }
 
 void omi_SparseSet::MakeUnique() const {
-    if (m_unique) return;
+    if (m_unique || m_count < 2) return;
     int* const values = m_values.Data();
     int* const end = values + m_count;
     if (std::adjacent_find(values, end, std::greater_equal<int>()) == end) {
@@ -151,8 +151,9 @@ void omi_SparseSet::ReserveAdditional(int n) {
 omi_SparseSet& omi_SparseSet::operator+=(const omi_SparseSet& other) {
     const int added = other.m_count;
     ReserveAdditional(added);
+    const bool unique = IsEmpty() && other.m_unique;
     if (other.m_negative) NegativePart() |= *other.m_negative;
-    m_unique = m_count == 0 && other.m_unique;
+    m_unique = unique;
     m_values.Append(other.m_values.Data(), added);
     m_count += added;
     return *this;

@@ -12,11 +12,9 @@ TEST(NaturalOrder, NumbersCompareByValueAndTheRestByBytes) {
     const char* const ascending[] = {"",    "01",  "1",  "2",   "10", "a",   "a-", "a0",
                                      "a00", "a01", "a1", "a1b", "a2", "a10", "aa", "\x80"};
     for (const auto& a : ascending)
-        for (const auto& b : ascending) {
-            const int order = strnatcmp(a, b);
-            EXPECT_EQ((order > 0) - (order < 0), (&a > &b) - (&a < &b)) << a << " against " << b;
-        }
-    EXPECT_LT(strnatcmp("9999999999999999999999", "10000000000000000000000"), 0);
+        for (const auto& b : ascending)
+            EXPECT_EQ(strnatcmp(a, b), (&a > &b) - (&a < &b)) << a << " against " << b;
+    EXPECT_EQ(strnatcmp("9999999999999999999999", "10000000000000000000000"), -1);
     EXPECT_EQ(strnatcmp(nullptr, ""), 0);
 }
 

@@ -8,6 +8,8 @@ namespace {
 
 constinit std::atomic<int> g_naturalOrder{0};
 
+int Sign(int order) { return (order > 0) - (order < 0); }
+
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 std::size_t DigitRun(const char* s) {
@@ -23,7 +25,7 @@ int CompareNumbers(const char*& a, const char*& b) {
     const std::size_t digitsA = DigitRun(a);
     const std::size_t digitsB = DigitRun(b);
     if (digitsA != digitsB) return digitsA < digitsB ? -1 : 1;
-    const int order = std::memcmp(a, b, digitsA);
+    const int order = Sign(std::memcmp(a, b, digitsA));
     a += digitsA;
     b += digitsB;
     return order;
@@ -46,7 +48,7 @@ int strnatcmp(const char* a, const char* b) {
             ++b;
         }
     }
-    if (*a == *b) return std::strcmp(textA, textB);
+    if (*a == *b) return Sign(std::strcmp(textA, textB));
     return static_cast<unsigned char>(*a) < static_cast<unsigned char>(*b) ? -1 : 1;
 }
 
