@@ -48,7 +48,6 @@ private:
     static constexpr int kAlerts = 6;
 
     static std::uint32_t Listen(void* listener) noexcept;
-    void Stop();
 
     void (*m_handlers[kAlerts])(int);
     std::uint32_t m_threadId;  // of the listening thread, 0 while there is none

@@ -1,6 +1,8 @@
 #include <alloc/mem_TBThreadLock.h>
+#include <platform/platform.h>
 #include <process/alert_loop.h>
 
+#include <atomic>
 #include <csignal>
 
 namespace {
@@ -9,10 +11,13 @@ namespace {
 constexpr int kSignals[] = {2, 15, 20, 18, 10, 12};
 constexpr std::uint32_t kAlerts = sizeof kSignals / sizeof kSignals[0];
 
+constinit std::atomic<std::uint32_t> g_servingThread{0};
+
 }  // namespace
 
 std::uint32_t ServeAlerts(const AlertHandler* handlers, platform::Handle started) noexcept {
     if (handlers[0]) std::signal(SIGINT, handlers[0]);
+    g_servingThread = platform::ThreadId();
     platform::MakeQueue();
     platform::Signal(started);
     bool stopped = false;
@@ -25,6 +30,9 @@ std::uint32_t ServeAlerts(const AlertHandler* handlers, platform::Handle started
             stopped = true;
         mem_TBThreadLock(false);
     }
+    g_servingThread = 0;
     if (handlers[0]) std::signal(SIGINT, SIG_DFL);
     return stopped ? 0 : 1;
 }
+
+bool InAlertHandler() { return g_servingThread == platform::ThreadId(); }

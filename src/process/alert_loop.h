@@ -14,3 +14,5 @@ using AlertHandler = void (*)(int signal);
 // `started` once messages can be posted. Returns the thread's exit code: 0 if it was told to stop,
 // 1 if any other message than the above ended it.
 std::uint32_t ServeAlerts(const AlertHandler* handlers, platform::Handle started) noexcept;
+
+bool InAlertHandler();  // whether the calling thread is the one that serves alerts

@@ -11,7 +11,7 @@ KZM_DEFINE_SINGLETON(omi_AlertListener)
 
 omi_AlertListener::omi_AlertListener() : m_handlers{}, m_threadId(0), m_handle(nullptr) {}
 
-omi_AlertListener::~omi_AlertListener() { Stop(); }
+omi_AlertListener::~omi_AlertListener() { Disarm(); }
 
 void omi_AlertListener::Arm() {
     if (m_threadId != 0) return;
@@ -34,12 +34,6 @@ std::uint32_t omi_AlertListener::Listen(void* listener) noexcept {
 
 void omi_AlertListener::Disarm() {
     assert(m_threadId != platform::ThreadId() && "Disarm called by a handler");
-    Stop();
-}
-
-void omi_AlertListener::Stop() {
-    // A handler may end the process, and so get here: its thread cannot wait for itself, and
-    // another one may be waiting for it.
     if (m_threadId == 0 || m_threadId == platform::ThreadId()) return;
     while (platform::Post(m_threadId, {kAlertMessage, kAlertStop, 0}) == platform::Posted::kFull)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -6,6 +6,7 @@
 #include <generics/KZMBasGenericsLib.h>
 #include <platform/platform.h>
 #include <process/KZMBasCallstack.h>
+#include <process/alert_loop.h>
 #include <process/omi_AlertListener.h>
 #include <process/omn_FPESetting.h>
 #include <runtime/KZMBasShared.h>
@@ -49,6 +50,12 @@ void ReleaseNullValues() {
     if (!kzm_ProcessEnds()) cow_ReleaseNullValues();  // the threads that they belong to may go on
 }
 
+// A handler that ends the process leaves the listener to those who may be waiting in it for its
+// end.
+void StopAlerts() {
+    if (!InAlertHandler()) omi_SingletonBase<omi_AlertListener>::Finalize();
+}
+
 struct Module {
     void (*initialize)(int& count);
     void (*finalize)(int& count);
@@ -66,7 +73,7 @@ constexpr Module kModules[] = {
     kOwn<>,
     kOwn<Nothing, KZMBasAtiGlobalSingleton<rgx_ReCompileCache>::Finalize>,
     kOwn<>,
-    kOwn<StartFloatingPoint, omi_SingletonBase<omi_AlertListener>::Finalize>,
+    kOwn<StartFloatingPoint, StopAlerts>,
     kOwn<Nothing, KZMBasAtiGlobalSingleton<KZMBasFilStracePhase::Impl>::Finalize>,
     kOwn<>,
     kOwn<>,  // the entry module: the last to start, the first to stop

@@ -20,8 +20,8 @@ TEST_F(PosixFile, InterruptedCallsAreMadeAgainAndShortOnesCompleted) {
     }, before;
     action.sa_handler = [](int) {};
     sigaction(SIGUSR1, &action, &before);
-    std::thread writer([reader = pthread_self()] {
-        std::optional<KZMBasUtlRawFile> pipe;
+    std::optional<KZMBasUtlRawFile> pipe;  // open until all has been read
+    std::thread writer([&pipe, reader = pthread_self()] {
         for (const char* half : {"", "abc", "def"}) {
             if (*half) pipe->Write(half, 3);
             for (int i = 0; i < 10; ++i) {

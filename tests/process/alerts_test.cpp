@@ -41,6 +41,7 @@ Handler Interrupt() {
 
 class Alerts : public testing::Test {
 protected:
+    Alerts() { std::signal(SIGINT, SIG_DFL); }  // started in the background it may be ignored
     ~Alerts() override { omi_SingletonBase<omi_AlertListener>::Finalize(); }
     omi_AlertListener& m_listener = Listener();
 };

@@ -71,7 +71,7 @@ TEST(ProcessInfo, AnExecutablesNameEndsBeforeItsFirstExtensionAndIsCutBetweenCha
 }
 
 TEST(ProcessInfo, EachSavedEnvironmentIsAppendedUnderTheExecutablesPath) {
-    const std::string name = testing::TempDir() + "environment.txt";
+    const std::string name = testing::TempDir() + "env" + std::to_string(platform::ProcessId());
     platform::SetEnvironment("PMI_RANK", "%s\\ 1");
     Info::SaveEnvironment(nullptr);
     Info::SaveEnvironment("Z:\\no such directory\\file");

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <platform/platform.h>
 #include <runtime/srm_ResourceConstData.h>
 
 #include <cstring>
@@ -19,7 +20,8 @@ std::string TextOf(const std::string& file) {
 
 // The text, and behind it what waited in another stream, where that was flushed.
 std::string Printed(const Tables& tables, void (Tables::*print)(std::FILE*, int) const) {
-    const std::string name = testing::TempDir() + "tables.txt", other = name + "2";
+    const std::string name = testing::TempDir() + "tables" + std::to_string(platform::ProcessId());
+    const std::string other = name + "2";
     std::FILE* const file = std::fopen(name.c_str(), "w");
     std::FILE* const waiting = std::fopen(other.c_str(), "w");
     std::fputs("flushed", waiting);

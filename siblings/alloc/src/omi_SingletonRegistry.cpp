@@ -76,6 +76,7 @@ void* omi_SingletonRegistry::Find(const char* name) const {
 void mem_RegistryAccess::Open() { g_open.store(true, std::memory_order_release); }
 
 void mem_RegistryAccess::Close() {
+    const KZMBasAtiGlobalLock lock;
     omi_SingletonRegistry* const registry = omi_SingletonRegistry::Instance();
     g_open.store(false, std::memory_order_release);
     while (omi_SingletonRegistry::Entry* const entry = registry->m_first) {

@@ -26,7 +26,7 @@ constinit Chunk* g_idle = nullptr;      // with memory, of no size
 constinit Chunk* g_returned = nullptr;  // without
 constinit ThreadCache* g_caches = nullptr;
 constinit bool g_refused = false;           // the region could not be had; not asked again
-constinit bool g_watching = false;          // from Start to Stop, or on while there are caches
+constinit bool g_watching = false;          // from Start to a Stop that leaves no caches
 constinit bool g_stopped = false;           // the last block or cache ends the region
 constinit std::atomic<bool> g_open{false};  // false: threads need not ask for a cache
 

@@ -73,7 +73,7 @@ bool ProcessMayEnd() { return g_processMayEnd; }
 
 small_heap::Hand* AttachHand() {
     small_heap::Hand* const hand = &host_heap::t_hand;
-    if (hand->m_ended || pthread_setspecific(g_threadEnd, hand) != 0) return nullptr;
+    if (!g_watching || hand->m_ended || pthread_setspecific(g_threadEnd, hand) != 0) return nullptr;
     return hand;
 }
 

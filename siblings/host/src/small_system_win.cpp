@@ -67,12 +67,16 @@ bool Commit(char* at, std::size_t size) {
 void Decommit(char* at, std::size_t size) { VirtualFree(at, size, MEM_DECOMMIT); }
 void Release(char* region, std::size_t) { VirtualFree(region, 0, MEM_RELEASE); }
 
+// When the process ends one thread is left, and another may have been ended while it held the lock.
 void Lock() {
+    if (ProcessMayEnd()) return;
     InitOnceExecuteOnce(&g_once, &CreateLock, nullptr, nullptr);
     EnterCriticalSection(&g_lock);
 }
 
-void Unlock() { LeaveCriticalSection(&g_lock); }
+void Unlock() {
+    if (!ProcessMayEnd()) LeaveCriticalSection(&g_lock);
+}
 
 bool WatchThreads() {
     const DWORD slot = TlsAlloc();

@@ -46,8 +46,9 @@ inline void GiveBack(void* block) noexcept {
     GiveBackElsewhere(block);
 }
 
-// Between the two every thread keeps small blocks of its own; outside there are only those that
-// are still alive. While one thread is active.
+// Between the two every thread keeps small blocks of its own; outside there are those that are
+// still alive and, where the process may be ending, what threads keep that go on. While one thread
+// is active, but for such.
 KZM_API void Start();
 KZM_API void Stop();
 
