@@ -132,6 +132,26 @@ TEST(TinyBlocks, MayBeFreedByAnyThreadAndAfterTheStop) {
     }
 }
 
+// On Linux the child is a copy of this process without the thread, which has the heap's lock
+// mostly.
+TEST(TinyBlocks, ServeAChildProcessThatBeginsWhileThreadsWork) {
+    const RunningAlloc running;
+    std::vector<void*> blocks(100000);
+    const auto work = [&blocks] {
+        for (void*& each : blocks) each = mem_Malloc(500);
+        for (void* const each : blocks) mem_Free(each);
+    };
+    work();
+    const std::jthread busy([](const std::stop_token& stop) {
+        while (!stop.stop_requested()) host_heap::SmallState();
+    });
+    const auto end = [&work] {
+        work();
+        std::_Exit(5);
+    };
+    for (int i = 0; i < 5; ++i) EXPECT_EXIT(end(), testing::ExitedWithCode(5), "");
+}
+
 TEST(TinyBlocks, ComeFromTheHeapWhenThereAreNoAddresses) {
     host_heap::RefuseRegion(true);
     const RunningAlloc running;

@@ -11,7 +11,8 @@
 
 namespace {
 
-constinit pthread_mutex_t g_lock = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+constexpr pthread_mutex_t kUnlocked = PTHREAD_RECURSIVE_MUTEX_INITIALIZER_NP;
+constinit pthread_mutex_t g_lock = kUnlocked;
 constinit pthread_key_t g_threadEnd = 0;
 constinit bool g_watching = false;
 constinit bool g_processMayEnd = true;
@@ -25,6 +26,8 @@ void OnThreadEnd(void* hand) {
 // What the program was started with is never unloaded. What it has loaded since registers a routine
 // that runs before the entry routines when the process ends, and after them when it is unloaded.
 __attribute__((constructor)) void Loaded() {
+    // A child of fork begins with the heap at rest. Its thread is another one than locked it.
+    pthread_atfork(&small_system::Lock, &small_system::Unlock, [] { g_lock = kUnlocked; });
     if (void* const program = dlopen(nullptr, RTLD_LAZY)) {
         g_processMayEnd = dlsym(program, "_ZN9host_heap6t_handE") != nullptr ||
                           std::atexit([] { g_processMayEnd = true; }) != 0;
