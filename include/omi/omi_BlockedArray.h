@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 class cow_String;
 class omi_BlkBitVect;
@@ -11,17 +12,23 @@ class omi_BlkBitVectTrav;
 namespace omi_detail {
 template <class Block>
 bool AllAbsent(Block* const* eight) {
-    std::uintptr_t any = 0;
-    for (int i = 0; i < 8; ++i) any |= reinterpret_cast<std::uintptr_t>(eight[i]);
-    return any == 0;
+    using Pair [[gnu::vector_size(16)]] = std::uint64_t;
+    Pair any{};
+    for (std::size_t i = 0; i < 8 * sizeof(void*); i += sizeof any) {
+        Pair some;
+        std::memcpy(&some, reinterpret_cast<const char*>(eight) + i, sizeof some);
+        any |= some;
+    }
+    return (any[0] | any[1]) == 0;
 }
 
 // The first slot from this one on that has a block, `end` if there is none.
 template <class Block>
 unsigned NextPresent(Block* const* table, unsigned slot, unsigned end) {
-    for (; slot < end && !table[slot]; ++slot)
-        while (end - slot > 8 && AllAbsent(table + slot + 1)) slot += 8;
-    return slot;
+    std::size_t at = slot;
+    for (; at < end && !table[at]; ++at)
+        while (end - at > 8 && AllAbsent(table + at + 1)) at += 8;
+    return static_cast<unsigned>(at);
 }
 }  // namespace omi_detail
 

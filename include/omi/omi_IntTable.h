@@ -64,7 +64,7 @@ public:
         const auto usual = m_nonNegative->Index();
         if (const auto* const block = usual.FindBlock(Wide(key))) {
             const bool member = block->Members().IsSet(AsUnsigned(key) & usual.localMask);
-            return member ? &usual.Cell(AsUnsigned(key)) : nullptr;
+            return member ? &usual.CellIn(*block, AsUnsigned(key)) : nullptr;
         }
         return key < 0 ? m_negative->FindCell(Magnitude(key)) : nullptr;
     }

@@ -38,6 +38,9 @@ public:
 
     bool Remove(unsigned int local) { return m_members.Take(local); }  // true if it was a member
 
+    // The count of its members is always exact: only the block changes them, one by one.
+    bool IsEmpty() const { return m_members.m_bitCount == 0; }
+
     // Bytes of cells and bits, with this object.
     unsigned int Footprint() const {
         return this->ToFootprint(std::size_t{omi_BlockedArray<V>::Footprint()} +
@@ -188,8 +191,11 @@ private:
         }
         // Of a member.
         V& Cell(unsigned int key) const {
-            assert(FindBlock(key) && FindBlock(key)->GetCell(key & localMask));
-            const Block& block = *table[Slot(key)];
+            assert(FindBlock(key));
+            return CellIn(*table[Slot(key)], key);
+        }
+        V& CellIn(const Block& block, unsigned int key) const {
+            assert(block.GetCell(key & localMask));
             const unsigned int group = (key & localMask) >> (innerShift & 31);
             return block.m_table[group][key & block.m_blockMask];
         }
@@ -215,7 +221,7 @@ private:
     bool RemoveFrom(Block& block, unsigned int key) {
         const bool removed = block.Remove(key & m_localMask);
         m_memberCount -= removed;
-        if (block.Members().Size() == 0) [[unlikely]]
+        if (block.IsEmpty()) [[unlikely]]
             RemoveBlock(Slot(key));
         return removed;
     }

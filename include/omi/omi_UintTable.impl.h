@@ -56,8 +56,10 @@ omi_UintTable<V, A>::omi_UintTable(const omi_UintTable& other)
       m_innerGrowth(other.m_innerGrowth),
       m_innerShift(other.m_innerShift) {
     try {
-        for (unsigned int slot = 0; slot < m_slotCount; ++slot)
-            if (other.m_table[slot]) m_table[slot] = NewBlock(*other.m_table[slot]);
+        for (unsigned int slot = 0;
+             (slot = omi_detail::NextPresent(other.m_table, slot, m_slotCount)) < m_slotCount;
+             ++slot)
+            m_table[slot] = NewBlock(*other.m_table[slot]);
     } catch (...) {
         DestroyBlocks();
         A::deallocate(m_table);
@@ -80,8 +82,9 @@ void omi_UintTable<V, A>::Clear() {
 template <class V, class A>
 unsigned int omi_UintTable<V, A>::Footprint() const {
     std::uint64_t bytes = sizeof *this + std::uint64_t{m_slotCount} * sizeof(Block*);
-    for (unsigned int slot = 0; slot < m_slotCount; ++slot)
-        if (m_table[slot]) bytes += m_table[slot]->Footprint();
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot)
+        bytes += m_table[slot]->Footprint();
     return static_cast<unsigned int>(std::min<std::uint64_t>(bytes, UINT_MAX));
 }
 
@@ -154,9 +157,7 @@ void omi_UintTable<V, A>::DestroyBlock(Block* block) {
 
 template <class V, class A>
 void omi_UintTable<V, A>::DestroyBlocks() {
-    for (unsigned int slot = 0; slot < m_slotCount; ++slot) {
-        if (!m_table[slot]) continue;
-        DestroyBlock(m_table[slot]);
-        m_table[slot] = nullptr;
-    }
+    for (unsigned int slot = 0;
+         (slot = omi_detail::NextPresent(m_table, slot, m_slotCount)) < m_slotCount; ++slot)
+        DestroyBlock(std::exchange(m_table[slot], nullptr));
 }
