@@ -1,6 +1,8 @@
 #pragma once
 #include <cow/cow_CountedHld.h>
 
+#include <type_traits>
+
 // The copy policy of every container of this library: the referent's copy constructor.
 template <class T>
 struct cow_Direct {
@@ -46,8 +48,12 @@ public:
     // For writing: detaches first. Must not be called on a shared handle without a value. If the
     // copy cannot be made, the handle stays shared as it was.
     T& Get() {
-        if (!this->Exclusive()) [[unlikely]]
-            Detach();
+        if (!this->Exclusive()) [[unlikely]] {
+            if constexpr (std::is_trivially_copyable_v<T> && sizeof(T) <= 64)
+                Base::operator=(Policy::Copy(*this->GetPtr()));
+            else
+                Detach();
+        }
         return *this->GetPtr();
     }
 
@@ -60,7 +66,7 @@ private:
 
     cow_COW(T* p, cow_Counter* counter) noexcept : Base(p, counter) {}
 
-    void Detach();  // out of line, so that Get is not
+    void Detach();  // out of line, so that Get is not; small values are copied in place
 };
 
 template <class T, class Policy>

@@ -9,7 +9,7 @@ template <class T>
 void cow_Destroy(T* object) {
     if (!object) return;
     object->~T();
-    mem_Free(object);
+    mem_FreeSized(object, sizeof(T));
 }
 
 // Counted holder of a heap object of type T, which needs no change to be held: the count is a block
@@ -83,7 +83,7 @@ protected:
     void Delete() {
         DeleteReferent();
         m_referent = nullptr;
-        mem_Free(m_counter);
+        mem_FreeTiny(m_counter, sizeof(cow_Counter));
         m_counter = nullptr;
     }
 

@@ -52,3 +52,28 @@ extern inline __attribute__((gnu_inline)) void* mem_OperatorNewTinyThrow(std::si
     return host_heap::TakePackedElsewhere(size);
 }
 #endif
+
+// mem_Free for the block of an object of this constant size that came, as a rule, from
+// mem_OperatorNewThrow, or from mem_OperatorNewTinyThrow. Right for every block, quicker for those.
+[[gnu::always_inline]] inline void mem_FreeSized(void* block,
+                                                 [[maybe_unused]] std::size_t size) noexcept {
+#ifdef KZM_INLINE_HEAP
+    if (size <= host_heap::kLargestSmall) {
+        if (!host_heap::ToHand(block, host_heap::AlignedClassOf(size))) [[unlikely]]
+            host_heap::GiveBackElsewhere(block);
+        return;
+    }
+#endif
+    mem_Free(block);
+}
+[[gnu::always_inline]] inline void mem_FreeTiny(void* block,
+                                                [[maybe_unused]] std::size_t size) noexcept {
+#ifdef KZM_INLINE_HEAP
+    if (size <= host_heap::kLargestSmall) {
+        if (!host_heap::ToHand(block, host_heap::ClassOf(size))) [[unlikely]]
+            host_heap::GiveBackElsewhere(block);
+        return;
+    }
+#endif
+    mem_Free(block);
+}

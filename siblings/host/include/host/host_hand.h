@@ -81,6 +81,19 @@ inline bool ToHand(void* block) {
     return true;
 }
 
+// The same for a block that is, as a rule, of this class: so the processor foresees its place, and
+// whoever takes the block next need not wait for the look-up.
+inline bool ToHand(void* block, unsigned usualClass) {
+    Hand& hand = t_hand;
+    const std::size_t offset = OffsetOf(block, hand.m_region);
+    if (offset >= hand.m_reach || ClassAt(hand.m_region, offset) != usualClass) [[unlikely]]
+        return ToHand(block);
+    void*& inHand = hand.m_blocks[usualClass];
+    if (inHand) return false;
+    inHand = block;
+    return true;
+}
+
 // The library: these throw std::bad_alloc when memory is exhausted. 0 bytes are none.
 KZM_API void* TakeElsewhere(std::size_t size);        // aligned for everything
 KZM_API void* TakePackedElsewhere(std::size_t size);  // only as an object of that size can need
