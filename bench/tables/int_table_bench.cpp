@@ -1,7 +1,12 @@
 // A table from node numbers to values, beside what maps numbers elsewhere and, as a floor for dense
 // numbers, a plain vector.
+#include <alloc/mem_alloc.h>
+#include <omi/omi_BlockedArray.h>
+
+#include <algorithm>
 #include <bit>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "support/keyed.h"
@@ -72,28 +77,31 @@ private:
 
 // The steps that a table's interface prescribes for a number from 0 on, by hand over bare structs
 // whose shape the compiler knows and whose blocks are there already: the sign, the block, the group
-// of cells, the block and the word of bits, two counts.
+// of cells, the block and the word of bits, two counts. With any shape, which the interface leaves
+// to whoever makes a table, that shape is read where it lies.
+template <bool anyShape>
 class Steps {
 public:
-    static constexpr const char* kWho = "floor::steps";
+    static constexpr const char* kWho = anyShape ? "floor::steps(any shape)" : "floor::steps";
 
     Steps() {
         m_table->block = m_block.get();
         m_block->members.resize(1 << 12);
         for (std::size_t i = 0; i < 128; ++i) m_block->cells[i] = s_cells + 1024 * i;
         for (std::size_t i = 0; i < 16; ++i) m_block->words[i] = &m_block->members[256 * i];
+        if (anyShape) bench::Keep(this);
     }
     void Insert(int key, double value) {
-        double* const cells = CellsOf(key);
+        double* const cell = CellOf(key);
         unsigned* const word = WordOf(key);
-        if (!cells || !word) return;
-        cells[key & 1023] = value;
+        if (!cell || !word) return;
+        *cell = value;
         if (*word >> (key & 31) & 1) return;
         *word |= 1u << (key & 31);
         ++m_block->count;
         ++m_table->count;
     }
-    double At(int key) const { return CellsOf(key)[key & 1023]; }
+    double At(int key) const { return *CellOf(key); }
     bool Has(int key) const {
         const unsigned* const word = WordOf(key);
         return word && (*word >> (key & 31) & 1);
@@ -109,24 +117,45 @@ public:
 
 private:
     struct Block {
+        unsigned groups = 128;
+        unsigned groupShift = 10;
+        unsigned cellMask = 1023;
+        unsigned wordBlocks = 16;
+        unsigned count = 0;
         double* cells[128];
         unsigned* words[16];
-        unsigned count = 0;
         std::vector<unsigned> members;
     };
     struct Table {
         Block* block;
+        unsigned slots = 1;
+        unsigned keyShift = 20;
+        unsigned localMask = 0xfffff;
         unsigned count = 0;
     };
 
-    Block* BlockOf(int key) const { return key >> 20 == 0 ? m_table->block : nullptr; }
-    double* CellsOf(int key) const {
+    Block* BlockOf(int key) const {
+        if (!anyShape) return key >> 20 == 0 ? m_table->block : nullptr;
+        const auto slot = static_cast<std::uint64_t>(std::int64_t{key}) >> m_table->keyShift;
+        return slot < m_table->slots ? (&m_table->block)[slot] : nullptr;
+    }
+    unsigned Local(int key) const {
+        return static_cast<unsigned>(key) & (anyShape ? m_table->localMask : 0xfffff);
+    }
+    double* CellOf(int key) const {
         const Block* const block = BlockOf(key);
-        return block ? block->cells[key >> 10 & 127] : nullptr;
+        if (!block) return nullptr;
+        const unsigned group = Local(key) >> (anyShape ? block->groupShift & 31 : 10);
+        if (anyShape && group >= block->groups) return nullptr;
+        double* const cells = block->cells[anyShape ? group : group & 127];
+        return cells ? cells + (key & (anyShape ? block->cellMask : 1023)) : nullptr;
     }
     unsigned* WordOf(int key) const {
         const Block* const block = BlockOf(key);
-        unsigned* const words = block ? block->words[key >> 13 & 15] : nullptr;
+        if (!block) return nullptr;
+        const unsigned at = Local(key) >> 13;
+        if (anyShape && at >= block->wordBlocks) return nullptr;
+        unsigned* const words = block->words[anyShape ? at : at & 15];
         return words ? words + (key >> 5 & 255) : nullptr;
     }
 
@@ -169,6 +198,79 @@ private:
     std::uint64_t m_sum = 0;
 };
 
+// Blocks of T behind a table of their addresses, which grows by kStep.
+template <class T, unsigned kCells, unsigned kStep>
+class Named {
+public:
+    Named() = default;
+    Named(Named&& other) noexcept
+        : m_slots(std::exchange(other.m_slots, 0)),
+          m_table(std::exchange(other.m_table, nullptr)) {}
+    Named(const Named& other) : m_slots(other.m_slots), m_table(NewTable(m_slots)) {
+        other.EachPresent([&](unsigned slot) {
+            m_table[slot] = static_cast<T*>(mem_Malloc(kCells * sizeof(T)));
+            std::memcpy(m_table[slot], other.m_table[slot], kCells * sizeof(T));
+        });
+    }
+    ~Named() {
+        EachPresent([&](unsigned slot) { mem_Free(m_table[slot]); });
+        mem_Free(m_table);
+    }
+    T& At(unsigned index) {
+        const unsigned slot = index / kCells;
+        if (slot >= m_slots) {
+            const unsigned slots = (slot / kStep + 1) * kStep;
+            T** const table = NewTable(slots);
+            std::copy_n(m_table, m_slots, table);
+            mem_Free(std::exchange(m_table, table));
+            m_slots = slots;
+        }
+        T*& block = m_table[slot];
+        if (!block) block = ::new (mem_Malloc(kCells * sizeof(T))) T[kCells]();
+        return block[index % kCells];
+    }
+
+private:
+    static T** NewTable(unsigned slots) {
+        return ::new (mem_Malloc(slots * sizeof(T*))) T*[slots]();
+    }
+    template <class F>
+    void EachPresent(F f) const {
+        for (unsigned slot = 0; (slot = omi_detail::NextPresent(m_table, slot, m_slots)) < m_slots;
+             ++slot)
+            f(slot);
+    }
+
+    unsigned m_slots = 0;
+    T** m_table = nullptr;
+};
+
+// All blocks that the interface prescribes for a table of these numbers, cells, words of bits and
+// the tables of their addresses, and nothing around them.
+class NamedBlocks {
+public:
+    static constexpr const char* kWho = "floor::blocks";
+
+    void Insert(int key, double value) {
+        if (m_ranges.empty() || key >> 20 != m_last >> 20) m_ranges.emplace_back();
+        m_last = key;
+        const unsigned local = static_cast<unsigned>(key) & 0xfffff;
+        m_ranges.back().cells.At(local) = value;
+        m_ranges.back().words.At(local / 32) |= 1u << local % 32;
+        m_sum += Share(key, value);
+    }
+    std::uint64_t Sum() const { return m_sum; }
+
+private:
+    struct Range {
+        Named<double, 1024, 24> cells;
+        Named<unsigned, 256, 128> words;
+    };
+    std::vector<Range> m_ranges;
+    int m_last = 0;
+    std::uint64_t m_sum = 0;
+};
+
 // Arguments of all workloads: how many numbers, in how many ranges.
 Numbers NodeNumbers(const benchmark::State& state) {
     return bench::NodeNumbers(bench::Count(state), static_cast<int>(state.range(1)));
@@ -198,6 +300,7 @@ std::uint64_t SumOf(const Map& map) {
     return sum;
 }
 std::uint64_t SumOf(const Blocks& blocks) { return blocks.Sum(); }
+std::uint64_t SumOf(const NamedBlocks& blocks) { return blocks.Sum(); }
 
 template <class Map>
 void Insert(benchmark::State& state, const Numbers& numbers) {
@@ -327,6 +430,7 @@ void CopyTable(benchmark::State& state) {
     bench::EachOf(state, bench::Count(state));
 }
 
+using HandMade = bench::Types<CellsAndBits, Steps<false>, Steps<true>>;
 using Table = bench::Keyed<omi_IntTable<double, KZMBasOmiDefaultAllocator>>;
 using Ordered = bench::Types<bench::StdMap<int, double>, bench::AbslMap<int, double>,
                              bench::JudyL<int, double>>;
@@ -349,23 +453,23 @@ void Growth(benchmark::internal::Benchmark* b) {
 KZM_WORKLOAD(InsertAscending, Models, Table, Ordered, Hashes);
 KZM_WORKLOAD(InsertAscending, Growth, Table, bench::StdHash<int, double>,
              bench::AbslHash<int, double>, bench::JudyL<int, double>);
-KZM_WORKLOAD(InsertAscending, Dense, Vector, CellsAndBits, Steps);
+KZM_WORKLOAD(InsertAscending, Dense, Vector, HandMade);
 KZM_WORKLOAD(InsertAscending, Growth, Vector);
 KZM_WORKLOAD(InsertRandom, Models, Table, Ordered, Hashes);
-KZM_WORKLOAD(InsertRandom, Dense, CellsAndBits, Steps);
+KZM_WORKLOAD(InsertRandom, Dense, HandMade);
 KZM_WORKLOAD(FindRandom, Models, Table, Ordered, Hashes);
-KZM_WORKLOAD(FindRandom, Dense, Vector, Steps);
+KZM_WORKLOAD(FindRandom, Dense, Vector, Steps<false>, Steps<true>);
 KZM_WORKLOAD(FindSequential, Models, Table, Ordered, Hashes);
-KZM_WORKLOAD(FindSequential, Dense, Vector, Steps);
+KZM_WORKLOAD(FindSequential, Dense, Vector, Steps<false>, Steps<true>);
 KZM_WORKLOAD(FindMiss, Models, Table, Ordered, Hashes);
-KZM_WORKLOAD(FindMiss, Dense, CellsAndBits, Steps);
+KZM_WORKLOAD(FindMiss, Dense, HandMade);
 KZM_WORKLOAD(Erase, Models, Table, Ordered, Hashes);
-KZM_WORKLOAD(Erase, Dense, CellsAndBits, Steps);
+KZM_WORKLOAD(Erase, Dense, HandMade);
 KZM_WORKLOAD(IterateAscending, Models, Table, Ordered);
 KZM_WORKLOAD(IterateAscending, Dense, Vector);
 KZM_WORKLOAD(IterateAny, Models, Table, Hashes);
 KZM_WORKLOAD(CopyTable, Models, Table, Ordered, Copied);
 KZM_WORKLOAD(CopyTable, Dense, Vector);
-KZM_WORKLOAD(CopyTable, Models, Blocks);
+KZM_WORKLOAD(CopyTable, Models, Blocks, NamedBlocks);
 
 }  // namespace
