@@ -26,8 +26,12 @@ void OnThreadEnd(void* hand) {
 // What the program was started with is never unloaded. What it has loaded since registers a routine
 // that runs before the entry routines when the process ends, and after them when it is unloaded.
 __attribute__((constructor)) void Loaded() {
-    // A child of fork begins with the heap at rest. Its thread is another one than locked it.
-    pthread_atfork(&small_system::Lock, &small_system::Unlock, [] { g_lock = kUnlocked; });
+    // A child of fork begins with the heap at rest. Its thread is not the one that locked it, so
+    // there unlocking is for the thread sanitizer only.
+    pthread_atfork(&small_system::Lock, &small_system::Unlock, [] {
+        small_system::Unlock();
+        g_lock = kUnlocked;
+    });
     if (void* const program = dlopen(nullptr, RTLD_LAZY)) {
         g_processMayEnd = dlsym(program, "_ZN9host_heap6t_handE") != nullptr ||
                           std::atexit([] { g_processMayEnd = true; }) != 0;
